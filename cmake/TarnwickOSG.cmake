@@ -1,0 +1,17 @@
+# The backend library. Each subsystem is a folder of class header/source
+# pairs; all of them build into the one shared library the host loads.
+set(TARNWICK_BACKEND_FOLDERS binding viewer scene programs environment effects picking models fbx)
+
+set(_backend_sources "")
+foreach(folder ${TARNWICK_BACKEND_FOLDERS})
+  file(GLOB _s CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
+  list(APPEND _backend_sources ${_s})
+endforeach()
+
+if(_backend_sources)
+  add_library(TarnwickOSG SHARED ${_backend_sources})
+  target_include_directories(TarnwickOSG PUBLIC ${CMAKE_SOURCE_DIR} ${OPENSCENEGRAPH_INCLUDE_DIRS})
+  target_link_libraries(TarnwickOSG PUBLIC
+    TarnwickStream TarnwickRender TarnwickGeometry TarnwickCommon
+    ${OPENSCENEGRAPH_LIBRARIES} OpenGL::GL OpenGL::EGL ${X11_LIBRARIES} Threads::Threads ${CMAKE_DL_LIBS})
+endif()
