@@ -1,0 +1,95 @@
+#include "TarnwickRender/CKVLogicBufferGeometry.h"
+
+namespace Kelvor {
+
+KV_IMPLEMENT_RUNTIME_CLASS_DYNAMIC(CKVLogicBufferGeometry, CKVLogicRenderObject)
+
+CKVLogicBufferGeometry::CKVLogicBufferGeometry() = default;
+
+CKVLogicBufferGeometry::CKVLogicBufferGeometry(CKVDrawable* drawable) : CKVLogicRenderObject(drawable)
+{
+}
+
+CKVLogicBufferGeometry::~CKVLogicBufferGeometry() = default;
+
+bool CKVLogicBufferGeometry::setInstanceMatrix(CKVMatrix3D const& matrix)
+{
+    if (getOwner())
+        return false;
+    mIsInstance = true;
+    mInstanceMatrix = matrix;
+    for (std::vector<float>& data : mVertexData)
+        data.clear();
+    mIndices.clear();
+    return true;
+}
+
+bool CKVLogicBufferGeometry::setVertexData(CKVVertexBufferAttribute::Name name, float const* data, unsigned int count)
+{
+    if (getOwner() || mIsInstance || !data)
+        return false;
+    if (name >= CKVVertexBufferAttribute::kInstanceMatrixR1 && name <= CKVVertexBufferAttribute::kInstanceMatrixR4)
+        return false;
+    unsigned int const n = CKVVertexBufferAttribute::elementSize(name);
+    if (n == 0)
+        return false;
+    count -= count % n;
+    mVertexData[name].assign(data, data + count);
+    return true;
+}
+
+bool CKVLogicBufferGeometry::setIndexData(unsigned int const* data, unsigned int count)
+{
+    if (getOwner() || mIsInstance || (!data && count != 0))
+        return false;
+    mIndices.assign(data, data + count);
+    return true;
+}
+
+std::vector<float> const& CKVLogicBufferGeometry::getVertexData(CKVVertexBufferAttribute::Name name) const
+{
+    static std::vector<float> const empty;
+    return name < CKVVertexBufferAttribute::kNameCount ? mVertexData[name] : empty;
+}
+
+unsigned int CKVLogicBufferGeometry::getNumVertex() const
+{
+    return static_cast<unsigned int>(mVertexData[CKVVertexBufferAttribute::kVertex].size() / 3);
+}
+
+bool CKVLogicBufferGeometry::claim(CKVBufferGeometry const* owner)
+{
+    // Two geometries may try to take the same buffer from different threads
+    // under different mutexes; only the owner pointer decides between them.
+    CKVBufferGeometry const* expected = nullptr;
+    return mOwner.compare_exchange_strong(expected, owner, std::memory_order_acq_rel);
+}
+
+void CKVLogicBufferGeometry::release(CKVBufferGeometry const* owner)
+{
+    CKVBufferGeometry const* expected = owner;
+    mOwner.compare_exchange_strong(expected, nullptr, std::memory_order_acq_rel);
+}
+
+void CKVLogicBufferGeometry::placeInstance(unsigned int index)
+{
+    mInstanceIndex = index;
+    mBaseVertex = kNotPlaced;
+    mSegment = CKVBufferDataSegment();
+}
+
+void CKVLogicBufferGeometry::placePart(unsigned int baseVertex, CKVBufferDataSegment const& segment)
+{
+    mInstanceIndex = kNotPlaced;
+    mBaseVertex = baseVertex;
+    mSegment = segment;
+}
+
+void CKVLogicBufferGeometry::unplace()
+{
+    mInstanceIndex = kNotPlaced;
+    mBaseVertex = kNotPlaced;
+    mSegment = CKVBufferDataSegment();
+}
+
+} // namespace Kelvor
