@@ -251,19 +251,21 @@ bool CKVBufferGeometry::updatePhysicalBuffer()
             (buffer->isInstance() ? instances : parts).push_back(buffer.get());
 
         bool ok = true;
+        // Parts first: packing them may create the vertex index, and the
+        // instance count lives on that index.
         // A kind that was packed before and has no buffers now is packed
         // empty, which takes its old content out of the physical buffers.
-        if (!instances.empty() || mPackedInstances) {
-            if (packInstances(instances)) {
-                mPackedInstances = !instances.empty();
+        if (!parts.empty() || mPackedParts) {
+            if (packParts(parts)) {
+                mPackedParts = !parts.empty();
                 packed = true;
             } else {
                 ok = false;
             }
         }
-        if (!parts.empty() || mPackedParts) {
-            if (packParts(parts)) {
-                mPackedParts = !parts.empty();
+        if (!instances.empty() || mPackedInstances) {
+            if (packInstances(instances)) {
+                mPackedInstances = !instances.empty();
                 packed = true;
             } else {
                 ok = false;

@@ -246,6 +246,23 @@ TEST(BufferGeometryContent, InstancesPackIntoMatrixRows)
     EXPECT_TRUE(geometry->getInstanceBnundingBox().maxPt().isEqualTo(CKVPoint3D(21, 1, 1)));
 }
 
+TEST(BufferGeometryContent, APartWithInstancesDrawsEveryInstance)
+{
+    // The shape arrives as a part, so the vertex index is only made by the
+    // packing itself; the instance count must still reach it.
+    kv_shared_ptr<TestGeometry> geometry(new TestGeometry);
+    kv_shared_ptr<CKVLogicBufferGeometry> shape = trianglePart(0, true);
+    std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> instances = {instanceAt(0), instanceAt(4)};
+    ASSERT_TRUE(geometry->addLogicBuffer(shape.get()));
+    for (auto& instance : instances)
+        ASSERT_TRUE(geometry->addLogicBuffer(instance.get()));
+    ASSERT_TRUE(geometry->updatePhysicalBuffer());
+
+    ASSERT_NE(nullptr, geometry->getVertexIndex());
+    EXPECT_EQ(2u, geometry->getVertexIndex()->getNumInstance());
+    EXPECT_TRUE(geometry->getInstanceBnundingBox().maxPt().isEqualTo(CKVPoint3D(5, 1, 0)));
+}
+
 TEST(BufferGeometryContent, ReplacingBuffersAsksTheBackendToRebuild)
 {
     kv_shared_ptr<TestGeometry> geometry(new TestGeometry);

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "apps/view/IfcProductGeometry.h"
+#include "apps/view/IfcShape.h"
+#include "apps/view/IfcShapeMatcher.h"
+
+#include <vector>
+
+namespace Kelvor {
+
+// Sorts products into shapes: each product joins the first earlier shape it
+// matches rigidly, or starts a new one. Every product lands in exactly one
+// shape, and shapes come in the order of their first product.
+class IfcShapeIndex
+{
+public:
+    explicit IfcShapeIndex(IfcShapeMatcher matcher = IfcShapeMatcher());
+
+    void build(std::vector<IfcProductGeometry> const& products);
+
+    std::vector<IfcShape> const& getShapes() const { return mShapes; }
+    // Shapes with more than one use, and the uses they have together.
+    unsigned int getNumSharedShape() const;
+    unsigned int getNumInstance() const;
+
+private:
+    IfcShapeMatcher mMatcher;
+    std::vector<IfcShape> mShapes;
+};
+
+} // namespace Kelvor
