@@ -161,7 +161,8 @@ TEST(RecordsSpineTest, GraphicsModelBoxIsTheUnionOfItsFields)
     EXPECT_TRUE(model->setField(0, new CKVGraphicsModelField(building)));
     EXPECT_TRUE(model->setField(9, new CKVGraphicsModelField(terrain)));
     EXPECT_TRUE(model->setField(4, new CKVGraphicsModelField)); // a field without a node adds nothing
-    EXPECT_FALSE(model->setField(10, new CKVGraphicsModelField));
+    kv_shared_ptr<CKVGraphicsModelField> outOfRange(new CKVGraphicsModelField);
+    EXPECT_FALSE(model->setField(10, outOfRange.get()));
     EXPECT_EQ(nullptr, model->getField(10));
     EXPECT_EQ(nullptr, model->getField(3));
     EXPECT_EQ(building, model->getField(0)->getNodeObject());

@@ -23,7 +23,7 @@ public:
     {
         setName(name.c_str());
     }
-    RecordingNode(RecordingNode const& other) : CKVSceneNode(other), mLog(other.mLog) {}
+    RecordingNode(RecordingNode const& other) : CKVSceneNode(other), mLog(other.mLog), mDeleted(nullptr) {}
     ~RecordingNode() override
     {
         if (mDeleted)
