@@ -14,4 +14,11 @@ if(_backend_sources)
   target_link_libraries(TarnwickOSG PUBLIC
     TarnwickStream TarnwickRender TarnwickGeometry TarnwickCommon
     ${OPENSCENEGRAPH_LIBRARIES} OpenGL::GL OpenGL::EGL ${X11_LIBRARIES} Threads::Threads ${CMAKE_DL_LIBS})
+  # The host unloads the backend; a GNU unique symbol would pin it in memory.
+  target_compile_options(TarnwickOSG PRIVATE -fno-gnu-unique)
+endif()
+
+if(TARGET TarnwickOSG)
+  include(${CMAKE_CURRENT_LIST_DIR}/KVEmbedShaders.cmake)
+  tarnwick_embed_shaders(TarnwickOSG ${CMAKE_SOURCE_DIR}/programs/shaders)
 endif()

@@ -1,0 +1,5 @@
+// Depth-only fragment stage: the depth test and write do all the work.
+
+void main()
+{
+}

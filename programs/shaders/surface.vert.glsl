@@ -1,0 +1,116 @@
+// Vertex stage of model surfaces (kinds 1 and 3): world-space position and
+// normal for lighting, and what each switched-on effect needs downstream.
+
+#define NUM_CASCADES 3
+#define NUM_CLIP 6
+
+// The maps of physically based materials are read at the texture coordinate
+// even when there is no albedo texture.
+#if defined(_USE_TEXTURE) || defined(_USE_PBR)
+#define KV_HAS_UV
+#endif
+
+layout(location = 0) in vec3 osg_Vertex;
+layout(location = 1) in vec3 osg_Normal;
+#ifdef KV_HAS_UV
+layout(location = 2) in vec2 osg_MultiTexCoord0;
+out vec2 uv;
+#endif
+#ifdef _USE_INSTANCE_MATRIX
+// Four locations, 3 to 6, one per row the geometry uploads.
+layout(location = 3) in mat4 kv_InstanceMatrix;
+#endif
+
+out vec3 normal_W;
+out vec3 pos_W;
+
+#ifdef _USE_FOG
+out vec3 pos_V;
+#endif
+
+#ifdef _USE_SHADOW
+uniform mat4 LightViewProjectionMatrix[NUM_CASCADES];
+out vec4 pos_LightSpace[NUM_CASCADES];
+#endif
+
+#ifdef _USE_CLIP_TEST
+uniform int ClipPlaneCount_I;
+uniform vec4 ClipPlaneArr[NUM_CLIP];
+out float gl_ClipDistance[NUM_CLIP];
+#endif
+
+#ifdef _USE_ANIMATION_CLIPTEST
+uniform vec4 Animation_ClipTest;
+out float vAnimationClipTest;
+#endif
+
+#ifdef _USE_TAA
+out vec4 projPosition;
+out vec4 lastProjPosition;
+#endif
+
+#ifdef _USE_SHAKE
+uniform float osg_SimulationTime;
+#endif
+
+void main()
+{
+    mat4 modelMat = kv_ModelMatrix;
+#ifdef _USE_INSTANCE_MATRIX
+    modelMat = modelMat * kv_InstanceMatrix;
+#endif
+
+#ifdef KV_HAS_UV
+    uv = osg_MultiTexCoord0;
+#endif
+
+    normal_W = transpose(inverse(mat3(modelMat))) * osg_Normal;
+    vec4 worldPos = modelMat * vec4(osg_Vertex, 1.0);
+#ifdef _USE_SHAKE
+    worldPos.x += cos(osg_SimulationTime) * 2.0;
+    worldPos.y += sin(osg_SimulationTime) * 0.5;
+#endif
+
+#ifdef _USE_INSTANCE_MATRIX
+    // A mirroring instance turns its faces inside out; the inverse transpose
+    // alone leaves the normal pointing inwards. The sign of the triple
+    // product of the uploaded rows is the sign of the determinant.
+    vec3 xa = kv_InstanceMatrix[0].xyz;
+    vec3 ya = kv_InstanceMatrix[1].xyz;
+    vec3 za = kv_InstanceMatrix[2].xyz;
+    normal_W *= dot(normalize(cross(xa, ya)), normalize(za));
+#endif
+
+    pos_W = worldPos.xyz;
+
+#ifdef _USE_FOG
+    pos_V = (kv_ViewMatrix * worldPos).xyz;
+#endif
+
+#ifdef _USE_SHADOW
+    for (int i = 0; i < NUM_CASCADES; ++i)
+        pos_LightSpace[i] = LightViewProjectionMatrix[i] * worldPos;
+#endif
+
+#ifdef _USE_CLIP_TEST
+    // A plane keeps its negative side.
+    for (int i = 0; i < ClipPlaneCount_I && i < NUM_CLIP; ++i)
+        gl_ClipDistance[i] = -dot(worldPos, ClipPlaneArr[i]);
+#endif
+
+#ifdef _USE_ANIMATION_CLIPTEST
+    vAnimationClipTest = dot(worldPos, Animation_ClipTest);
+#endif
+
+    gl_Position = kv_ViewProjectionMatrix * worldPos;
+
+#ifdef _USE_TAA
+    projPosition = gl_Position;
+#ifdef _USE_INSTANCE_MATRIX
+    lastProjPosition = kv_lastViewProjectionMatrix * kv_lastModelMatrix * kv_InstanceMatrix
+                     * vec4(osg_Vertex, 1.0);
+#else
+    lastProjPosition = kv_lastViewProjectionMatrix * kv_lastModelMatrix * vec4(osg_Vertex, 1.0);
+#endif
+#endif
+}
