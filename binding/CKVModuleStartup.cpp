@@ -1,0 +1,98 @@
+#include "binding/CKVModuleStartup.h"
+
+#include "binding/CKVRegCallbackFunction.h"
+#include "binding/CKVRenderContextImp.h"
+#include "binding/CKVRenderContextRegistry.h"
+#include "binding/CKVRenderContextX11Imp.h"
+#include "binding/KVRenderCommandDispatchFactory.h"
+
+#include "TarnwickCommon/kv_shared_ptr.h"
+#include "TarnwickRender/CKVRenderCallback.h"
+
+#include <osgDB/Registry>
+
+namespace Kelvor {
+
+namespace {
+
+// Zero-initialised before any code of the library runs.
+bool gStaticallyInitialised = false;
+
+// Function-local, so that it exists whenever the load entry runs.
+kv_shared_ptr<CKVRegCallbackFunction>& registration()
+{
+    static kv_shared_ptr<CKVRegCallbackFunction> object;
+    return object;
+}
+
+} // namespace
+
+void CKVModuleStartup::registerFbxReaderWriter()
+{
+}
+
+void CKVModuleStartup::registerImageReaderWriters()
+{
+    osgDB::Registry* registry = osgDB::Registry::instance();
+    // Loading the plugin registers its reader-writer through the plugin's
+    // own proxy, as a statically linked one would; a second load is a no-op.
+    for (char const* extension : {"jpeg", "png"})
+        registry->loadLibrary(registry->createLibraryNameForExtension(extension));
+}
+
+void CKVModuleStartup::staticInitialise()
+{
+    if (gStaticallyInitialised)
+        return;
+    gStaticallyInitialised = true;
+    // The FBX animation record comes first once that class lands.
+    registerFbxReaderWriter();
+    registerImageReaderWriters();
+    // The other classes' records come with them as they land.
+    initRenderCommandDispatchRecords();
+    CKVRenderContextImp::desc();
+    CKVRenderContextX11Imp::desc();
+    CKVRenderContextRegistry::install();
+}
+
+void CKVModuleStartup::load()
+{
+    if (!registration().valid())
+        registration() = new CKVRegCallbackFunction;
+}
+
+void CKVModuleStartup::unload()
+{
+    registration() = nullptr;
+}
+
+bool CKVModuleStartup::isLoaded()
+{
+    return registration().valid();
+}
+
+} // namespace Kelvor
+
+bool initOSGApplication()
+{
+    return Kelvor::CKVRenderCallback::regCreateRenderContext(nullptr);
+}
+
+namespace {
+
+// ELF has no separate load entry: both phases run from the library's
+// initialiser, static initialisation first, whatever order the linker gave
+// the C++ initialisers of the other files. The finaliser runs before the
+// library's exit handlers, so the factories go before the contexts do.
+__attribute__((constructor)) void kvModuleLoad()
+{
+    Kelvor::CKVModuleStartup::staticInitialise();
+    Kelvor::CKVModuleStartup::load();
+}
+
+__attribute__((destructor)) void kvModuleUnload()
+{
+    Kelvor::CKVModuleStartup::unload();
+}
+
+} // namespace

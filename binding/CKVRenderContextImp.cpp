@@ -1,0 +1,749 @@
+#include "binding/CKVRenderContextImp.h"
+
+#include "binding/CKVCameraUniforms.h"
+#include "effects/CKVPostProcessNode.h"
+#include "programs/CKVProgramManager.h"
+#include "programs/CKVRenderStateManager.h"
+#include "scene/CKVOSGNodeAdapter.h"
+#include "viewer/CKVOSGCamera.h"
+#include "viewer/CKVOSGState.h"
+#include "viewer/CKVViewer.h"
+#include "viewer/DepthFunc.h"
+#include "viewer/DepthRange.h"
+
+#include "TarnwickCommon/Common.h"
+#include "TarnwickGeometry/KVMatrixConvert.h"
+#include "TarnwickRender/CKVCamera.h"
+#include "TarnwickRender/CKVGraphicsModelField.h"
+#include "TarnwickRender/CKVOperator.h"
+#include "TarnwickRender/CKVRCAttachSceneData.h"
+#include "TarnwickRender/CKVRCDetachSceneData.h"
+#include "TarnwickRender/CKVRenderCallback.h"
+#include "TarnwickRender/CKVScene.h"
+
+#include <osg/BlendFunc>
+#include <osg/Texture2D>
+#include <osgDB/ReadFile>
+#include <osgDB/Registry>
+#include <osgUtil/SceneView>
+#include <osgViewer/Renderer>
+
+#include <algorithm>
+#include <cfloat>
+
+namespace Kelvor {
+
+KV_IMPLEMENT_RUNTIME_CLASS_DYNAMIC(CKVRenderContextImp, CKVRenderContext)
+
+namespace {
+
+// Each context takes the next value as its id; the host's argument to the
+// create factory only guards against a duplicate.
+unsigned int gNextContextId = 0;
+
+// Culling of the main camera: view-frustum sides and near plane.
+constexpr unsigned int kMainCullingMode = 15;
+// Texture units reserved on the root: the repeating noise (used while
+// textures are not bindless) and the snow normal map.
+constexpr unsigned int kNoiseTextureUnit = 16;
+constexpr unsigned int kSnowNormalTextureUnit = 19;
+// Shaders clip against at most six host planes.
+constexpr unsigned int kMaxClipPlanes = 6;
+static_assert(CKVRenderContextImp::kMainSceneViewUniforms ==
+                  (osgUtil::SceneView::FRAME_NUMBER_UNIFORM | osgUtil::SceneView::FRAME_TIME_UNIFORM |
+                   osgUtil::SceneView::VIEW_MATRIX_UNIFORM | osgUtil::SceneView::VIEW_MATRIX_INVERSE_UNIFORM),
+              "the main scene view sets frame number and time, view matrix and its inverse");
+
+// Floats of the LightInfo block.
+constexpr unsigned int kLightIntensity = 0;
+constexpr unsigned int kAmbientIntensity = 1;
+constexpr unsigned int kLightDirection = 4;
+constexpr unsigned int kLightColor = 8;
+constexpr unsigned int kAmbientColor = 12;
+
+constexpr unsigned int kCameraInfoFloats = 112;  // seven mat4
+constexpr unsigned int kEntityInfoFloats = 32;   // model and last model matrix
+constexpr unsigned int kLightInfoFloats = 16;
+
+// Weather shows on surfaces from half density on.
+constexpr float kWeatherThreshold = 0.5f;
+
+char const* const kScreenSize = "ScreenSize";
+char const* const kClipPlaneCount = "ClipPlaneCount_I";
+char const* const kClipPlaneArr = "ClipPlaneArr";
+char const* const kRainIntensity = "RainIntensity";
+char const* const kFogColor = "FogColor";
+char const* const kFogDensity = "FogDensity";
+
+osg::Vec3f toVec3(CKVVec3<float> const& v)
+{
+    return osg::Vec3f(v.x, v.y, v.z);
+}
+
+osg::ref_ptr<osg::Image> readResourceImage(CKVAString const& directory, char const* name)
+{
+    CKVAString const path = directory + name;
+    // Checked first so that a missing optional file stays silent.
+    if (!Common::checkFile(path.c_str()))
+        return nullptr;
+    return osgDB::readRefImageFile(path.c_str(), osgDB::Registry::instance()->getOptions());
+}
+
+} // namespace
+
+CKVRenderContextImp::CKVRenderContextImp()
+    : mId(gNextContextId++)
+{
+}
+
+CKVRenderContextImp::~CKVRenderContextImp()
+{
+    // Platform classes tear down in their own destructor; this catches a
+    // context that never had one.
+    if (mViewer.valid())
+        CKVRenderContextImp::destroy();
+}
+
+bool CKVRenderContextImp::initialize(CKVGraphicsContext*)
+{
+    return true;
+}
+
+// --- initialize, in steps -------------------------------------------------
+
+void CKVRenderContextImp::createMainCamera(osg::GraphicsContext* window, int width, int height, int stencil)
+{
+    mMainCamera = new CKVOSGCamera;
+    mMainCamera->setName("MainCamera");
+    mMainCamera->setGraphicsContext(window);
+    mMainCamera->setViewport(0, 0, width, height);
+    mMainCamera->setAllowEventFocus(false);
+    double const aspect = height > 0 ? static_cast<double>(width) / height : 1.0;
+    mMainCamera->setProjectionMatrixAsPerspective(60.0, aspect, 0.01, 1000.0);
+    mMainCamera->setClearColor(osg::Vec4(0.58f, 0.95f, 0.85f, 1.0f));
+    mMainCamera->setViewMatrixAsLookAt(osg::Vec3d(0.0, 0.0, 1.0), osg::Vec3d(0.0, 0.0, 0.0), osg::Vec3d(0.0, 1.0, 0.0));
+    mMainCamera->setComputeNearFarMode(osg::CullSettings::DO_NOT_COMPUTE_NEAR_FAR);
+    mMainCamera->setCullingMode(kMainCullingMode);
+    mMainCamera->setClearMask(0);
+    mMainCamera->setColorMask(nullptr);
+    if (stencil != 0) {
+        mMainCamera->setClearMask(GL_STENCIL_BUFFER_BIT);
+        mMainCamera->setClearStencil(0);
+    }
+}
+
+void CKVRenderContextImp::createViewer()
+{
+    mViewer = new CKVViewer;
+    mViewer->setCamera(mMainCamera.get());
+    mViewer->setThreadingModel(osgViewer::ViewerBase::SingleThreaded);
+    osg::ref_ptr<CKVOSGNodeAdapter> updateVisitor = new CKVOSGNodeAdapter;
+    updateVisitor->setFrameStamp(mViewer->getFrameStamp());
+    mViewer->setUpdateVisitor(updateVisitor.get());
+}
+
+void CKVRenderContextImp::createRoot(int samples)
+{
+    mCameraInfo = CKVUniformBlock(0, kCameraInfoFloats);
+    mRoot = new CKVPostProcessNode(mMainCamera.get(), mCameraInfo.getArray(), samples);
+    mRoot->setName("root");
+}
+
+void CKVRenderContextImp::setUpRootState()
+{
+    osg::StateSet* stateSet = mRoot->getOrCreateStateSet();
+    stateSet->setMode(GL_DEPTH_TEST, osg::StateAttribute::ON);
+    stateSet->setMode(GL_BLEND, osg::StateAttribute::OFF);
+    stateSet->setAttribute(
+        new osg::BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA));
+    stateSet->setMode(GL_DEPTH_CLAMP, osg::StateAttribute::ON);
+    stateSet->setAttribute(new DepthFunc(GL_LEQUAL));
+    stateSet->setAttribute(new DepthRange(0.0, 1.0));
+}
+
+void CKVRenderContextImp::createUniformBlocks()
+{
+    osg::StateSet* stateSet = mRoot->getOrCreateStateSet();
+    if (!CKVRenderStateManager::instance().isBindlessTexture())
+        stateSet->setDefine("_USE_NOT_BINDLESS_TEXTURE");
+    stateSet->setAttribute(mCameraInfo.getBinding());
+
+    mEntityInfo = CKVUniformBlock(1, kEntityInfoFloats);
+    osg::Matrixf const identity;
+    mEntityInfo.set(0, identity.ptr(), 16);
+    mEntityInfo.set(16, identity.ptr(), 16);
+    stateSet->setAttribute(mEntityInfo.getBinding());
+    handBlocksToState();
+
+    mLightInfo = CKVUniformBlock(2, kLightInfoFloats);
+    stateSet->addUniform(new osg::Uniform(CKVCameraUniforms::kCameraPosition, osg::Vec3f(0.0f, 0.0f, 0.0f)));
+    stateSet->addUniform(new osg::Uniform(kScreenSize, osg::Vec2f(800.0f, 600.0f)));
+    stateSet->addUniform(
+        new osg::Uniform(CKVCameraUniforms::kFixedProjection, osg::Matrixf(mMainCamera->getProjectionMatrix())));
+    stateSet->addUniform(new osg::Uniform(CKVCameraUniforms::kScaleOnlyView, osg::Matrixf()));
+
+    osg::Vec3f lightDirection(0.4f, -0.5f, 0.7f);
+    lightDirection.normalize();
+    mLightInfo.set(kLightDirection, lightDirection.ptr(), 3);
+    mRoot->setLightPosition(lightDirection);
+    float const white[3] = {1.0f, 1.0f, 1.0f};
+    mLightInfo.set(kLightIntensity, 9.0f);
+    mLightInfo.set(kAmbientIntensity, 0.15f);
+    mLightInfo.set(kLightColor, white, 3);
+    mLightInfo.set(kAmbientColor, white, 3);
+    stateSet->setAttribute(mLightInfo.getBinding());
+}
+
+void CKVRenderContextImp::handBlocksToState()
+{
+    osg::GraphicsContext* window = mMainCamera->getGraphicsContext();
+    osg::State* state = window ? window->getState() : nullptr;
+    // A window on the stock state draws, but its shaders see no matrices.
+    CKVOSGState* kvState = state ? CKVOSGState::asKVState(*state) : nullptr;
+    if (!kvState)
+        return;
+    kvState->setCameraArray(mCameraInfo.getArray());
+    kvState->setEntityArray(mEntityInfo.getArray());
+}
+
+void CKVRenderContextImp::loadEnvironmentTextures()
+{
+    osg::StateSet* stateSet = mRoot->getOrCreateStateSet();
+    CKVAString directory;
+    Common::getResourceDirectory(directory);
+
+    osg::ref_ptr<osg::Texture2D> noise = new osg::Texture2D;
+    noise->setFilter(osg::Texture::MIN_FILTER, osg::Texture::LINEAR_MIPMAP_LINEAR);
+    noise->setFilter(osg::Texture::MAG_FILTER, osg::Texture::LINEAR);
+    noise->setWrap(osg::Texture::WRAP_S, osg::Texture::REPEAT);
+    noise->setWrap(osg::Texture::WRAP_T, osg::Texture::REPEAT);
+    if (osg::ref_ptr<osg::Image> image = readResourceImage(directory, "/repnoise.jpg"))
+        noise->setImage(image.get());
+    // Bindless handles need the texture binding of the GL state, which lands
+    // later: until then the noise sits on its reserved unit on every driver.
+    stateSet->setTextureAttribute(kNoiseTextureUnit, noise.get());
+    stateSet->addUniform(new osg::Uniform("s_repNoise", static_cast<int>(kNoiseTextureUnit)));
+
+    osg::ref_ptr<osg::Image> snowNormal = readResourceImage(directory, "/particle/snow_normal.tif");
+    if (!snowNormal.valid())
+        return;
+    osg::ref_ptr<osg::Texture2D> snow = new osg::Texture2D(snowNormal.get());
+    snow->setWrap(osg::Texture::WRAP_S, osg::Texture::REPEAT);
+    snow->setWrap(osg::Texture::WRAP_T, osg::Texture::REPEAT);
+    snow->setFilter(osg::Texture::MIN_FILTER, osg::Texture::LINEAR);
+    snow->setFilter(osg::Texture::MAG_FILTER, osg::Texture::LINEAR);
+    stateSet->setTextureAttribute(kSnowNormalTextureUnit, snow.get());
+    stateSet->addUniform(new osg::Uniform("Snow_Normal_Tx", static_cast<int>(kSnowNormalTextureUnit)));
+}
+
+void CKVRenderContextImp::createClipAndWeatherUniforms()
+{
+    osg::StateSet* stateSet = mRoot->getOrCreateStateSet();
+    mClipPlaneCountUniform = new osg::Uniform(kClipPlaneCount, 0);
+    mClipPlaneArrUniform = new osg::Uniform(osg::Uniform::FLOAT_VEC4, kClipPlaneArr, kMaxClipPlanes);
+    for (unsigned int i = 0; i < kMaxClipPlanes; ++i)
+        mClipPlaneArrUniform->setElement(i, osg::Vec4f());
+    mRainIntensityUniform = new osg::Uniform(kRainIntensity, 0.0f);
+    stateSet->addUniform(mClipPlaneCountUniform.get());
+    stateSet->addUniform(mClipPlaneArrUniform.get());
+    stateSet->addUniform(mRainIntensityUniform.get());
+}
+
+void CKVRenderContextImp::createCachesAndScene(CKVScene* scene)
+{
+    {
+        std::lock_guard<std::mutex> lock(mCacheMutex);
+        mOwnCache = new CKVRenderCommandCache;
+        mActiveCache = mOwnCache;
+    }
+    mViewer->setSceneData(mRoot.get());
+    mScene = scene;
+}
+
+void CKVRenderContextImp::configureViewerState()
+{
+    mViewer->setKeyEventSetsDone(0);
+    osgViewer::ViewerBase::Windows windows;
+    mViewer->getWindows(windows);
+    for (osgViewer::GraphicsWindow* window : windows) {
+        osg::State* state = window->getState();
+        if (!state)
+            continue;
+        state->setUseModelViewAndProjectionUniforms(false);
+        state->setUseVertexAttributeAliasing(true);
+    }
+    mEventTraversal = false;
+    // A glGetError after every state change stalls software GL badly.
+    for (osgViewer::GraphicsWindow* window : windows) {
+        if (osg::State* state = window->getState())
+            state->setCheckForGLErrors(osg::State::NEVER_CHECK_GL_ERRORS);
+    }
+}
+
+void CKVRenderContextImp::addMimeTypeMappings()
+{
+    osgDB::Registry* registry = osgDB::Registry::instance();
+    registry->addMimeTypeExtensionMapping("image/jpeg; charset=utf8", "jpeg");
+    registry->addMimeTypeExtensionMapping("image/jpg; charset=utf8", "jpg");
+    registry->addMimeTypeExtensionMapping("image/png; charset=utf8", "png");
+}
+
+// --- teardown ---------------------------------------------------------------
+
+bool CKVRenderContextImp::destroy()
+{
+    std::lock_guard<std::mutex> lock(mFrameMutex);
+    if (!mViewer.valid())
+        return false;
+    mViewer->setDone(true);
+    releaseGraphics();
+    mViewer = nullptr;
+    mMainCamera = nullptr;
+    return true;
+}
+
+void CKVRenderContextImp::releaseGraphics()
+{
+    if (!mViewer.valid())
+        return;
+    osgViewer::ViewerBase::Contexts contexts;
+    mViewer->getContexts(contexts, false);
+    // Closing a context releases the GL objects of every camera drawn into
+    // it, the scene below included, while it can still be made current.
+    for (osg::GraphicsContext* context : contexts)
+        context->close();
+    mViewer->setSceneData(nullptr);
+    if (mMainCamera.valid())
+        mMainCamera->setGraphicsContext(nullptr);
+}
+
+// --- the frame ----------------------------------------------------------------
+
+void CKVRenderContextImp::onTick(unsigned int milliseconds)
+{
+    std::lock_guard<std::mutex> lock(mFrameMutex);
+    if (!mViewer.valid())
+        return;
+    osgViewer::ViewerBase::Contexts contexts;
+    mViewer->getContexts(contexts, true);
+    mViewer->checkWindowStatus(contexts);
+    if (mViewer->done() || contexts.empty())
+        return;
+    osg::GraphicsContext* context = contexts.front();
+    context->makeCurrent();
+
+    std::vector<kv_shared_ptr<CKVRenderCommandCache>> retired;
+    kv_shared_ptr<CKVRenderCommandCache> active;
+    {
+        std::lock_guard<std::mutex> cacheLock(mCacheMutex);
+        retired.swap(mRetiredCaches);
+        active = mActiveCache;
+    }
+    bool const forcedFrame = mScene && !mScene->getAutoUpdateFrame();
+    for (kv_shared_ptr<CKVRenderCommandCache> const& cache : retired)
+        drain(*cache, forcedFrame);
+    if (active.valid())
+        drain(*active, forcedFrame);
+
+    if (mScene) {
+        kv_shared_ptr<CKVOperator> op;
+        if (mScene->getSafeOperator(op))
+            op->tick(milliseconds);
+    }
+    renderFrame();
+    // The frame releases the context itself; a command may have stopped the
+    // frame, and the next tick may come on another thread.
+    context->releaseContext();
+}
+
+void CKVRenderContextImp::drain(CKVRenderCommandCache& cache, bool forcedFrame)
+{
+    CKVRenderCommandCache::CommandList commands;
+    cache.read(commands, forcedFrame);
+    for (kv_shared_ptr<CKVRenderCommand> const& command : commands) {
+        // A failed command wakes its writer too; its record then holds no result.
+        mDispatchMgr.dispatch(this, *command);
+        command->signal();
+    }
+}
+
+bool CKVRenderContextImp::renderFrame()
+{
+    if (!mViewer.valid() || mViewer->done())
+        return false;
+    std::copy(mCameraPosition, mCameraPosition + 3, mPreviousCameraPosition);
+    mViewer->advance(DBL_MAX);
+    if (mEventTraversal)
+        mViewer->eventTraversal();
+    mViewer->updateTraversal();
+    mViewer->renderingTraversals();
+    return true;
+}
+
+// --- graphics model and commands ----------------------------------------------
+
+bool CKVRenderContextImp::setGraphicsModel(CKVGraphicsModel* model)
+{
+    if (model == mGraphicsModel.get())
+        return true;
+    if (model && !CKVRenderCallback::verifyGraphicsModel(model))
+        return false;
+    if (!mRoot.valid())
+        return false;
+
+    std::lock_guard<std::mutex> lock(mCacheMutex);
+    if (mGraphicsModel.valid() && mActiveCache.valid()) {
+        writeDetachCommands(*mActiveCache);
+        // The old cache stops being drained once another is active, so its
+        // detach commands would never run: it gets one last drain.
+        if (mActiveCache != mOwnCache)
+            mRetiredCaches.push_back(mActiveCache);
+    }
+    mGraphicsModel = model;
+    mActiveCache = mOwnCache;
+    if (!model)
+        return true;
+
+    mActiveCache = model->getRenderCommandCache();
+    if (mActiveCache.valid())
+        writeAttachCommands(*mActiveCache);
+    return true;
+}
+
+void CKVRenderContextImp::writeDetachCommands(CKVRenderCommandCache& cache)
+{
+    for (unsigned int i = 0; i < CKVGraphicsModel::kFieldCount; ++i) {
+        if (CKVGraphicsModelField* field = mGraphicsModel->getField(i))
+            cache.write(new CKVRCDetachSceneData(field->getNodeObject()));
+    }
+    cache.finish();
+}
+
+void CKVRenderContextImp::writeAttachCommands(CKVRenderCommandCache& cache)
+{
+    for (unsigned int i = 0; i < CKVGraphicsModel::kFieldCount; ++i) {
+        if (CKVGraphicsModelField* field = mGraphicsModel->getField(i))
+            cache.write(new CKVRCAttachSceneData(field->getNodeObject()));
+    }
+    cache.finish();
+}
+
+CKVRenderCommandCache* CKVRenderContextImp::getRenderCommandCache()
+{
+    std::lock_guard<std::mutex> lock(mCacheMutex);
+    return mActiveCache.get();
+}
+
+bool CKVRenderContextImp::attachSceneData(CKVSceneNode* node)
+{
+    return mRoot.valid() && mRoot->addSceneNode(node);
+}
+
+bool CKVRenderContextImp::detachSceneData(CKVSceneNode* node)
+{
+    return mRoot.valid() && mRoot->removeSceneNode(node);
+}
+
+// --- camera and viewport ------------------------------------------------------
+
+bool CKVRenderContextImp::applyCamera(CKVCamera const& camera)
+{
+    if (!mMainCamera.valid())
+        return false;
+    osg::Matrixd const view = toOsgMatrix(camera.getViewMatrix());
+    osg::Matrixd const projection = toOsgMatrix(camera.getProjectMatrix());
+    mMainCamera->setViewMatrix(view);
+    mMainCamera->setProjectionMatrix(projection);
+
+    osg::Vec3f const position = CKVCameraUniforms::position(camera);
+    std::copy(position.ptr(), position.ptr() + 3, mCameraPosition);
+    if (osg::Uniform* uniform = rootUniform(CKVCameraUniforms::kCameraPosition))
+        uniform->set(position);
+
+    osg::Matrixf fixedProjection;
+    if (camera.getProjectMode() == CKVCamera::kPerspective &&
+        CKVCameraUniforms::fixedProjection(projection, fixedProjection)) {
+        if (osg::Uniform* uniform = rootUniform(CKVCameraUniforms::kFixedProjection))
+            uniform->set(fixedProjection);
+    }
+    if (osg::Uniform* uniform = rootUniform(CKVCameraUniforms::kScaleOnlyView))
+        uniform->set(CKVCameraUniforms::scaleOnlyView(view));
+    // The axis handle follows the camera once it exists.
+    return true;
+}
+
+bool CKVRenderContextImp::setViewPort(int width, int height)
+{
+    if (!mMainCamera.valid())
+        return false;
+    resizeViews(width, height);
+    // The axis handle resizes here once it exists.
+    if (osg::Uniform* uniform = rootUniform(kScreenSize))
+        uniform->set(osg::Vec2f(static_cast<float>(width), static_cast<float>(height)));
+    return true;
+}
+
+void CKVRenderContextImp::resizeViews(int width, int height)
+{
+    int const viewportAndAttachments = osg::Camera::RESIZE_VIEWPORT | osg::Camera::RESIZE_ATTACHMENTS;
+    if (mMainCamera.valid())
+        mMainCamera->resize(width, height, viewportAndAttachments);
+    // Next in line once they exist: the GIS camera, the colour and water-mask
+    // backgrounds and the water-mask camera.
+    if (mRoot.valid())
+        mRoot->resize(width, height);
+    // Then the SSAO, water and occlusion passes, once they exist.
+}
+
+bool CKVRenderContextImp::getViewPort(int& width, int& height)
+{
+    if (!mMainCamera.valid() || !mMainCamera->getViewport())
+        return false;
+    width = static_cast<int>(mMainCamera->getViewport()->width());
+    height = static_cast<int>(mMainCamera->getViewport()->height());
+    return true;
+}
+
+bool CKVRenderContextImp::setActiveUniforms(int mask)
+{
+    if (!mMainCamera.valid())
+        return false;
+    auto* renderer = dynamic_cast<osgViewer::Renderer*>(mMainCamera->getRenderer());
+    osgUtil::SceneView* sceneView = renderer ? renderer->getSceneView(0) : nullptr;
+    if (!sceneView)
+        return false;
+    sceneView->setActiveUniforms(mask);
+    return true;
+}
+
+// --- capture, picking, environment --------------------------------------------
+
+bool CKVRenderContextImp::getCapture(char const*, CKVVec2<unsigned int> const&, CKVCamera const&, bool)
+{
+    // The draw-callback capture needs an installed callback, and no context
+    // installs one: the platform class renders its own capture frame.
+    return false;
+}
+
+bool CKVRenderContextImp::pickSelectObject(CKVPoint3D const&, CKVSelectionResult&)
+{
+    // Line picking lands with the picking subsystem.
+    return false;
+}
+
+bool CKVRenderContextImp::areaSelectObject(CKVPoint3D const&, CKVPoint3D const&, unsigned int,
+                                           std::vector<CKVSelectionResult>&)
+{
+    // Area selection lands with the picking subsystem.
+    return false;
+}
+
+bool CKVRenderContextImp::lineSegmentIntersection(CKVPoint3D const&, CKVPoint3D const&, CKVSelectionResult&)
+{
+    // Segment intersection lands with the picking subsystem.
+    return false;
+}
+
+bool CKVRenderContextImp::setTerrainHeight(float)
+{
+    // The terrain height is the atmosphere's uniform; without an atmosphere
+    // there is nothing to set.
+    return true;
+}
+
+bool CKVRenderContextImp::waterMask(char const* imagePath, unsigned int, unsigned int)
+{
+    if (!mRoot.valid())
+        return false;
+    if (!imagePath || !Common::checkFile(imagePath))
+        return true;
+    // The water-mask background and its camera land with the terrain mask;
+    // until then an existing mask file is accepted and changes nothing.
+    return true;
+}
+
+bool CKVRenderContextImp::updateClipTest(CKVVec4<float> const* planes, unsigned int count)
+{
+    if (!mRoot.valid() || !mClipPlaneCountUniform.valid() || !mClipPlaneArrUniform.valid())
+        return false;
+    unsigned int const used = std::min(count, kMaxClipPlanes);
+    if (used > 0 && !planes)
+        return false;
+
+    int previous = 0;
+    mClipPlaneCountUniform->get(previous);
+    if (previous != 0 && count == 0)
+        applyDefine("_USE_CLIP_TEST", false);
+    else if (previous == 0 && count != 0)
+        applyDefine("_USE_CLIP_TEST", true);
+
+    osg::StateSet* stateSet = mRoot->getOrCreateStateSet();
+    for (unsigned int i = 0; i < kMaxClipPlanes; ++i)
+        stateSet->setMode(GL_CLIP_DISTANCE0 + i, osg::StateAttribute::OFF);
+    // A count above the limit, or a negative one passed through the unsigned
+    // argument, uses every plane there is.
+    int const signedCount = static_cast<int>(count);
+    int const stored = signedCount > 5 || signedCount < 0 ? static_cast<int>(kMaxClipPlanes) : signedCount;
+    mClipPlaneCountUniform->set(stored);
+    for (unsigned int i = 0; i < used; ++i) {
+        mClipPlaneArrUniform->setElement(i, osg::Vec4f(planes[i].x, planes[i].y, planes[i].z, planes[i].w));
+        stateSet->setMode(GL_CLIP_DISTANCE0 + i, osg::StateAttribute::ON);
+    }
+    return true;
+}
+
+// --- render configuration -------------------------------------------------------
+
+bool CKVRenderContextImp::applyRenderConfig(CKVRenderConfig const& config)
+{
+    // After the first time only what changed is applied, so that shader
+    // programs are not rebuilt for switches that stayed as they were.
+    bool const all = !mConfigured;
+    CKVRenderConfig const& stored = mRenderConfig;
+    auto changed = [&](auto getter) { return all || (stored.*getter)() != (config.*getter)(); };
+
+    // The atmosphere, SSAO, shadow and light-propagation switches wait for their effects.
+    if (changed(&CKVRenderConfig::getFogUse))
+        applyFog(config, true);
+    // Water reflection and colour grading wait for the water node and the effect chain.
+    if (changed(&CKVRenderConfig::getSkyTerrainUse))
+        applyDefine("_USE_SKY_TERRAIN", config.getSkyTerrainUse());
+    // Depth of field waits for the effect chain.
+    if (changed(&CKVRenderConfig::getRainUse))
+        applyDefine("_USE_WEATHER_RAIN", config.getRainUse());
+    if (changed(&CKVRenderConfig::getSnowUse) && !config.getSnowUse())
+        applyDefine("_USE_WEATHER_SNOW", false);
+    if (changed(&CKVRenderConfig::getRenderStyle))
+        applyRenderStyle(config.getRenderStyle());
+
+    mRenderConfig = config;
+    applyBackGround(config.getBackGroundConfig());
+    if (config.getBackGroundConfig().getBackGroundType() != CKVBackGroundConfig::kAtmosphere) {
+        // Both need the atmosphere's sky. Cleared in the stored copy too, so
+        // that asking for them again later counts as a change.
+        mRenderConfig.setVolumetricLightUse(false);
+        mRenderConfig.setWaterReflect(false);
+    }
+
+    applyLighting(config);
+    applyFog(config, false);
+    applyWeather(config);
+    applyMainClearMask(config.getUseDepthPrePass());
+    CKVRenderStateManager::instance().setHiZ(config.getUseDepthPrePass());
+    CKVRenderStateManager::instance().setOcclusionCulling(config.getUseOcclusionCull());
+    return true;
+}
+
+void CKVRenderContextImp::applyFog(CKVRenderConfig const& config, bool switchChanged)
+{
+    if (!mRoot.valid())
+        return;
+    if (switchChanged) {
+        applyDefine("_USE_FOG", config.getFogUse());
+        if (config.getFogUse()) {
+            if (!rootUniform(kFogColor))
+                mRoot->getOrCreateStateSet()->addUniform(new osg::Uniform(kFogColor, osg::Vec3f(0.9f, 0.9f, 0.9f)));
+            if (!rootUniform(kFogDensity))
+                mRoot->getOrCreateStateSet()->addUniform(new osg::Uniform(kFogDensity, 1.0e-6f));
+        }
+        return;
+    }
+    getOrCreateRootUniform(kFogColor, osg::Uniform::FLOAT_VEC3)->set(toVec3(config.getFogColor()));
+    getOrCreateRootUniform(kFogDensity, osg::Uniform::FLOAT)->set(config.getFogDensity());
+}
+
+void CKVRenderContextImp::applyLighting(CKVRenderConfig const& config)
+{
+    osg::Vec3f direction = toVec3(config.getLightPosition());
+    if (direction.length() > 0.0f)
+        direction.normalize();
+    mLightInfo.set(kLightDirection, direction.ptr(), 3);
+    if (mRoot.valid())
+        mRoot->setLightPosition(direction);
+    // The shadow generator and the atmosphere follow the light once they exist.
+    mLightInfo.set(kLightIntensity, config.getLightIntensity());
+    mLightInfo.set(kLightColor, toVec3(config.getAtmosphericColor()).ptr(), 3);
+    mLightInfo.set(kAmbientColor, toVec3(config.getAmbientColor()).ptr(), 3);
+    mLightInfo.set(kAmbientIntensity, config.getAmbientIntensity());
+}
+
+void CKVRenderContextImp::applyWeather(CKVRenderConfig const& config)
+{
+    if (mRainIntensityUniform.valid())
+        mRainIntensityUniform->set(config.getRainDensity());
+    // The particle systems take their densities once they exist. Snowy
+    // surfaces need no particles: the define follows the density alone.
+    if (!mRoot.valid() || !config.getSnowUse())
+        return;
+    bool const snowing = config.getSnowDensity() >= kWeatherThreshold;
+    osg::StateSet::DefineList const& defines = mRoot->getOrCreateStateSet()->getDefineList();
+    bool const defined = defines.find("_USE_WEATHER_SNOW") != defines.end();
+    if (snowing != defined)
+        applyDefine("_USE_WEATHER_SNOW", snowing);
+}
+
+void CKVRenderContextImp::applyRenderStyle(CKVRenderConfig::RenderStyle style)
+{
+    // The silhouette and edge-only switches wait for the effect chain; the
+    // white model is a define of the surface shaders.
+    applyDefine("_USE_WHITE_COLOR", style == CKVRenderConfig::kWhiteModelWithEdges);
+}
+
+void CKVRenderContextImp::applyDefine(char const* name, bool on)
+{
+    if (!mRoot.valid())
+        return;
+    osg::StateSet* stateSet = mRoot->getOrCreateStateSet();
+    if (on)
+        stateSet->setDefine(name);
+    else
+        stateSet->removeDefine(name);
+    // Shaders compiled with the old define set must be rebuilt.
+    CKVProgramManager::instance().dirtyDefine(name);
+}
+
+void CKVRenderContextImp::applyMainClearMask(bool depthPrePass)
+{
+    if (!mMainCamera.valid())
+        return;
+    // With the depth pre-pass on, that pass clears depth itself.
+    GLbitfield mask = depthPrePass ? 0 : GL_DEPTH_BUFFER_BIT;
+    // Until the background nodes land nothing else covers the window, so the
+    // main camera clears to the background colour itself.
+    mask |= GL_COLOR_BUFFER_BIT;
+    mMainCamera->setClearMask(mask);
+}
+
+bool CKVRenderContextImp::applyBackGround(CKVBackGroundConfig const& config)
+{
+    if (!mMainCamera.valid())
+        return false;
+    mBackGroundConfig = config;
+    if (config.getBackGroundType() != CKVBackGroundConfig::kSolidColor) {
+        // The gradient, sky-box and atmosphere backgrounds land later.
+        return false;
+    }
+    CKVPoint3D const rgb = config.getBackGroundColor();
+    osg::Vec4 const colour(static_cast<float>(rgb.x), static_cast<float>(rgb.y), static_cast<float>(rgb.z), 1.0f);
+    mMainCamera->setClearColor(colour);
+    if (mRoot.valid())
+        mRoot->setClearColor(colour);
+    return true;
+}
+
+osg::Uniform* CKVRenderContextImp::rootUniform(char const* name) const
+{
+    osg::StateSet* stateSet = mRoot.valid() ? mRoot->getStateSet() : nullptr;
+    return stateSet ? stateSet->getUniform(name) : nullptr;
+}
+
+osg::Uniform* CKVRenderContextImp::getOrCreateRootUniform(char const* name, osg::Uniform::Type type)
+{
+    if (osg::Uniform* uniform = rootUniform(name))
+        return uniform;
+    osg::ref_ptr<osg::Uniform> uniform = new osg::Uniform(type, name);
+    mRoot->getOrCreateStateSet()->addUniform(uniform.get());
+    return uniform.get();
+}
+
+} // namespace Kelvor

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "TarnwickRender/CKVVisibilityState.h"
+
+#include <osg/AutoTransform>
+
+namespace osgUtil {
+class CullVisitor;
+class IntersectionVisitor;
+class UpdateVisitor;
+} // namespace osgUtil
+
+namespace Kelvor {
+
+class CKVSceneNode;
+class CKVTransformState;
+
+// The OpenSceneGraph node behind one host scene node. It reads the host
+// node's states lazily during OpenSceneGraph's own traversals: host changes
+// only raise flags, which the update traversal applies once; visibility,
+// selectability and distance ranges are read live in cull and intersection;
+// the matrix comes from the host's transform state whenever it is asked for.
+//
+// The back pointer owns nothing: the host node owns this node, and a parent
+// group may keep it alive longer, so the host removes a node from its parent
+// before the node dies. Copies have no host node and behave as a plain group.
+class CKVOSGTransformNode : public osg::AutoTransform
+{
+public:
+    static char const* const s_className;
+
+    explicit CKVOSGTransformNode(CKVSceneNode* sceneNode = nullptr);
+    CKVOSGTransformNode(CKVOSGTransformNode const& other, osg::CopyOp const& copyop = osg::CopyOp::SHALLOW_COPY);
+
+    osg::Object* cloneType() const override;
+    osg::Object* clone(osg::CopyOp const& copyop) const override;
+    bool isSameKindAs(osg::Object const* object) const override;
+    char const* libraryName() const override;
+    char const* className() const override;
+
+    void accept(osg::NodeVisitor& visitor) override;
+    void traverse(osg::NodeVisitor& visitor) override;
+
+    // An auto-transformed node reports the matrix it computed back to the
+    // host here, so the host can read where an auto-scaled node really is.
+    bool computeLocalToWorldMatrix(osg::Matrixd& matrix, osg::NodeVisitor* visitor) const override;
+    // No write-back here: only the forward matrix is what the host reads.
+    bool computeWorldToLocalMatrix(osg::Matrixd& matrix, osg::NodeVisitor* visitor) const override;
+
+    CKVSceneNode* tryGetSceneNode() { return mSceneNode; }
+    CKVSceneNode const* tryGetSceneNode() const { return mSceneNode; }
+
+protected:
+    ~CKVOSGTransformNode() override;
+
+    void updateTraverse(osgUtil::UpdateVisitor& visitor);
+    void cullTraverse(osgUtil::CullVisitor& visitor);
+    void intersectionTraverse(osgUtil::IntersectionVisitor& visitor);
+
+    // A null state places nothing: no auto scale, no rotation.
+    void updateTransform(CKVTransformState* state);
+    // Traverses the children that the node's distance range lets through.
+    void culling(CKVSceneNode const* node, osg::NodeVisitor& visitor);
+    bool isVisible(CKVSceneNode const* node, CKVVisibilityState::Mode mode) const;
+
+private:
+    // The local matrix of the host's transform, or false when the node has
+    // no host node or no transform state (the matrix is then left alone).
+    bool computeLocalMatrix(osg::Matrixd& local, osg::NodeVisitor* visitor, bool writeBack) const;
+
+    CKVSceneNode* mSceneNode;
+};
+
+} // namespace Kelvor

@@ -1,0 +1,16 @@
+# Loading and unloading the backend as a host does, with dlopen and dlclose.
+# The program must not link the backend itself, or it could never unload it.
+# It links OpenSceneGraph so that the backend's unload leaves OpenSceneGraph
+# (and its plugin registry) loaded, as in a host that uses it elsewhere.
+add_executable(binding_module_load_tests ${CMAKE_CURRENT_LIST_DIR}/ModuleLoadProgram.cpp)
+# Kept even though the program calls little of it: loaded only with the
+# backend, OpenSceneGraph would bind to the backend's copies of its inline
+# functions and keep the backend mapped.
+target_link_options(binding_module_load_tests PRIVATE -Wl,--no-as-needed)
+target_link_libraries(binding_module_load_tests PRIVATE
+  TarnwickStream TarnwickRender TarnwickCommon ${OPENSCENEGRAPH_LIBRARIES} ${CMAKE_DL_LIBS}
+  GTest::gtest GTest::gtest_main)
+target_compile_definitions(binding_module_load_tests PRIVATE
+  TARNWICK_OSG_LIBRARY="$<TARGET_FILE:TarnwickOSG>")
+add_dependencies(binding_module_load_tests TarnwickOSG)
+gtest_discover_tests(binding_module_load_tests DISCOVERY_MODE PRE_TEST PROPERTIES LABELS "unit;binding" TIMEOUT 300)

@@ -1,0 +1,7 @@
+#include "viewer/CKVTickTarget.h"
+
+namespace Kelvor {
+
+CKVTickTarget::~CKVTickTarget() = default;
+
+} // namespace Kelvor
