@@ -3,6 +3,7 @@
 #include "binding/KVRenderCommandDispatchFactory.h"
 #include "scene/CKVBufferGeometryImp.h"
 #include "scene/CKVSceneNodeImp.h"
+#include "scene/CKVUniformImp.h"
 #include "scene/CKVVertexBufferAttributeImp.h"
 #include "scene/CKVVertexIndexImp.h"
 
@@ -20,7 +21,7 @@ CKVRegCallbackFunction::CKVRegCallbackFunction()
     CKVRenderCallback::regCreateVertexIndex(&createVertexIndexImp);
     CKVRenderCallback::regCreateBufferGeometry(&createBufferGeometryImp);
     // regCreateTextGeometery: with CKVTextGeometryImp.
-    // regCreateUniform: with CKVUniformImp.
+    CKVRenderCallback::regCreateUniform(&createUniformImp);
     CKVRenderCallback::regCreateSceneNode(&createSceneNodeImp);
     // regCreateAnimationResource: with CKVFBXAnimationImp.
     CKVRenderCallback::regCreateRenderCommandDispatch(&createRenderCommandDispatch);

@@ -2,6 +2,7 @@
 
 #include "scene/CKVBufferGeometryImp.h"
 #include "scene/CKVOSGGeometry.h"
+#include "scene/CKVUniformImp.h"
 
 #include "TarnwickRender/CKVGroupObject.h"
 
@@ -119,10 +120,11 @@ bool CKVSceneNodeImp::removeRenderObjectImp(CKVRenderObject* object)
 
 osg::Uniform* CKVSceneNodeImp::getUniformOSGObject(CKVUniform* uniform)
 {
-    // The one place that knows our uniform class: CKVUniformImp hands out its
-    // osg::Uniform here once it lands. Until then no uniform is ours.
-    (void)uniform;
-    return nullptr;
+    // The one place that knows our uniform class; a uniform of any other
+    // class, or one without a valid type, has nothing to add.
+    if (!uniform || !uniform->isKindOf(CKVUniformImp::desc()))
+        return nullptr;
+    return static_cast<CKVUniformImp*>(uniform)->getOSGUniform();
 }
 
 bool CKVSceneNodeImp::addUniformImp(CKVUniform* uniform)

@@ -9,6 +9,7 @@
 #include "TarnwickRender/CKVRenderCallback.h"
 #include "TarnwickRender/CKVRenderCommandDispatch.h"
 #include "TarnwickRender/CKVSceneNode.h"
+#include "TarnwickRender/CKVUniform.h"
 #include "TarnwickRender/CKVVertexBufferAttribute.h"
 #include "TarnwickRender/CKVVertexIndex.h"
 
@@ -62,6 +63,13 @@ TEST(CKVModuleStartupTest, LoadingRegistersTheObjectFactoriesThatExist)
     EXPECT_TRUE(attribute.valid());
     kv_shared_ptr<CKVRenderCommandDispatch> dispatch = CKVRenderCallback::createRenderCommandDispatch(9);
     EXPECT_TRUE(dispatch.valid());
+    // Uniforms: an invalid data type is refused, a float is made.
+    EXPECT_EQ(CKVRenderCallback::createUniform("Invalid", 0), nullptr);
+    kv_shared_ptr<CKVUniform> uniform = CKVRenderCallback::createUniform("Opacity_F", 10);
+    ASSERT_TRUE(uniform.valid());
+    EXPECT_STREQ(uniform->isA()->name(), "CKVUniformImp");
+    EXPECT_EQ(uniform->getDataType(), CKVUniform::kFloat);
+    EXPECT_STREQ(uniform->getName(), "Opacity_F");
     // The dispatch records exist before anything asks for them by name.
     EXPECT_NE(CKVRuntimeClass::find("CKVRCDispatchApplyBackGround"), nullptr);
 }
