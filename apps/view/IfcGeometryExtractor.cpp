@@ -1,5 +1,6 @@
 #include "apps/view/IfcGeometryExtractor.h"
 
+#include "apps/view/IfcMessageSink.h"
 #include "apps/view/IfcUtf8.h"
 
 #include <ifcpp/IFC4/include/IfcGloballyUniqueId.h>
@@ -29,34 +30,6 @@ constexpr double kEvaluateShare = 0.9;
 // that they do not hide the building.
 Rgba const kDefaultColour{{0.75f, 0.75f, 0.75f, 1.0f}};
 Rgba const kSpaceColour{{0.55f, 0.7f, 0.9f, 0.15f}};
-
-struct MessageSink
-{
-    IfcProgressCallback const* progress = nullptr;
-    unsigned int warnings = 0;
-    std::string firstError;
-
-    static void receive(void* self, shared_ptr<StatusCallback::Message> message)
-    {
-        MessageSink* sink = static_cast<MessageSink*>(self);
-        if (!sink || !message)
-            return;
-        switch (message->m_message_type) {
-        case StatusCallback::MESSAGE_TYPE_PROGRESS_VALUE:
-            if (sink->progress && *sink->progress && message->m_progress_value >= 0.0)
-                (*sink->progress)(kEvaluateShare * std::min(1.0, message->m_progress_value), "Creating geometry");
-            break;
-        case StatusCallback::MESSAGE_TYPE_WARNING:
-        case StatusCallback::MESSAGE_TYPE_ERROR:
-            ++sink->warnings;
-            if (sink->firstError.empty())
-                sink->firstError = ifcToUtf8(message->m_message_text);
-            break;
-        default:
-            break;
-        }
-    }
-};
 
 // IFC++'s converter leaves its progress mark uninitialised until a model
 // reset, which decides whether any progress is reported at all.
@@ -224,12 +197,14 @@ bool IfcGeometryExtractor::extract(IfcModel const& model, std::vector<IfcProduct
         return false;
     }
 
-    MessageSink sink;
+    IfcMessageSink sink;
+    sink.phase = "Creating geometry";
+    sink.share = kEvaluateShare;
     sink.progress = &mProgress;
     bool ok = true;
     try {
         Converter converter(building);
-        converter.setMessageCallBack(&sink, &MessageSink::receive);
+        converter.setMessageCallBack(&sink, &IfcMessageSink::receive);
         converter.convertGeometry();
 
         std::map<int, shared_ptr<ProductShapeData>>& shapes = converter.getShapeInputData();

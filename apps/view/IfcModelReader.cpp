@@ -1,5 +1,6 @@
 #include "apps/view/IfcModelReader.h"
 
+#include "apps/view/IfcMessageSink.h"
 #include "apps/view/IfcUtf8.h"
 
 #include <ifcpp/model/BuildingModel.h>
@@ -24,40 +25,6 @@ constexpr double kLoadShare = 0.1;
 
 char const* const kStepMagic = "ISO-10303-21;";
 char const* const kStepEnd = "END-ISO-10303-21;";
-
-// Receives IFC++'s messages. IFC++ drops messages sent to a callback whose
-// object pointer is null, so the sink itself is the object.
-struct MessageSink
-{
-    IfcProgressCallback const* progress = nullptr;
-    double base = 0.0;
-    double share = 1.0;
-    unsigned int warnings = 0;
-    std::string firstError;
-
-    static void receive(void* self, shared_ptr<StatusCallback::Message> message)
-    {
-        MessageSink* sink = static_cast<MessageSink*>(self);
-        if (!sink || !message)
-            return;
-        switch (message->m_message_type) {
-        case StatusCallback::MESSAGE_TYPE_PROGRESS_VALUE:
-            if (sink->progress && *sink->progress && message->m_progress_value >= 0.0) {
-                double const value = std::min(1.0, message->m_progress_value);
-                (*sink->progress)(sink->base + sink->share * value, "Parsing");
-            }
-            break;
-        case StatusCallback::MESSAGE_TYPE_WARNING:
-        case StatusCallback::MESSAGE_TYPE_ERROR:
-            ++sink->warnings;
-            if (sink->firstError.empty())
-                sink->firstError = ifcToUtf8(message->m_message_text);
-            break;
-        default:
-            break;
-        }
-    }
-};
 
 std::string upper(std::string text)
 {
@@ -182,15 +149,16 @@ bool IfcModelReader::readContent(std::string content, IfcModel& model)
     if (!checkFrame(content, schema, error))
         return fail(error, model);
 
-    MessageSink sink;
+    IfcMessageSink sink;
+    sink.phase = "Parsing";
     sink.progress = &mProgress;
     sink.base = kLoadShare;
     sink.share = 1.0 - kLoadShare;
     try {
         shared_ptr<BuildingModel> parsed = std::make_shared<BuildingModel>();
         shared_ptr<ReaderSTEP> reader = std::make_shared<ReaderSTEP>();
-        reader->setMessageCallBack(&sink, &MessageSink::receive);
-        parsed->setMessageCallBack(&sink, &MessageSink::receive);
+        reader->setMessageCallBack(&sink, &IfcMessageSink::receive);
+        parsed->setMessageCallBack(&sink, &IfcMessageSink::receive);
         reader->loadModelFromString(content, parsed);
         reader->unsetMessageCallBack();
         parsed->unsetMessageCallBack();
