@@ -21,4 +21,6 @@ endif()
 if(TARGET TarnwickOSG)
   include(${CMAKE_CURRENT_LIST_DIR}/KVEmbedShaders.cmake)
   tarnwick_embed_shaders(TarnwickOSG ${CMAKE_SOURCE_DIR}/programs/shaders)
+  # The library reads its resources from the build's resource folder.
+  add_dependencies(TarnwickOSG tarnwick_resources)
 endif()
