@@ -1,10 +1,48 @@
 #include "programs/CKVRenderStateManager.h"
 
-#include <osg/GL>
+#include "programs/KVGLDriverQuery.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
+#include <string>
 
 namespace Kelvor {
+
+namespace {
+
+// These drivers report bindless textures but are not trusted with them:
+// resident handles misbehaved there, and ordinary texture units are safe.
+char const* const kExcludedRenderers[] = {"intel", "amd", "radeon"};
+
+char const* const kBindlessExtensions[] = {"GL_ARB_bindless_texture", "GL_NV_bindless_texture"};
+
+// Everything the bindless path may call. glMakeTextureHandleNonResident is
+// never called, yet a driver without it is not one to trust with the rest.
+char const* const kBindlessFunctions[] = {
+    "glGetTextureHandle",     "glMakeTextureHandleResident", "glMakeTextureHandleNonResident",
+    "glUniformHandleui64",    "glUniformHandleui64v",        "glIsTextureHandleResident",
+};
+
+char const* const kFunctionSuffixes[] = {"", "ARB", "NV"};
+
+std::string lowerCase(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+bool resolvesInSomeForm(KVGLDriverQuery const& driver, char const* name)
+{
+    for (char const* suffix : kFunctionSuffixes) {
+        if (driver.hasFunction((std::string(name) + suffix).c_str()))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
 
 CKVRenderStateManager& CKVRenderStateManager::instance()
 {
@@ -37,9 +75,33 @@ void CKVRenderStateManager::applyGLVersion(char const* versionString)
         mOcclusionCulling = false;
 }
 
+bool CKVRenderStateManager::detectBindlessTexture(KVGLDriverQuery const& driver)
+{
+    std::string const renderer = lowerCase(driver.getRenderer());
+    for (char const* excluded : kExcludedRenderers) {
+        if (renderer.find(excluded) != std::string::npos)
+            return false;
+    }
+    // The extension decides before any entry point: some drivers resolve the
+    // bindless entry points without offering the extension.
+    bool const offered = std::any_of(std::begin(kBindlessExtensions), std::end(kBindlessExtensions),
+                                     [&](char const* name) { return driver.isExtensionSupported(name); });
+    if (!offered)
+        return false;
+    return std::all_of(std::begin(kBindlessFunctions), std::end(kBindlessFunctions),
+                       [&](char const* name) { return resolvesInSomeForm(driver, name); });
+}
+
+void CKVRenderStateManager::initExtensions(KVGLDriverQuery const& driver)
+{
+    std::string const version = driver.getVersion();
+    applyGLVersion(version.empty() ? nullptr : version.c_str());
+    mBindlessTexture = detectBindlessTexture(driver);
+}
+
 void CKVRenderStateManager::initExtensions()
 {
-    applyGLVersion(reinterpret_cast<char const*>(glGetString(GL_VERSION)));
+    initExtensions(KVGLDriverQuery::current());
 }
 
 } // namespace Kelvor

@@ -2,6 +2,8 @@
 
 namespace Kelvor {
 
+class KVGLDriverQuery;
+
 // What the graphics driver can do and which whole-system switches are on.
 // One per process: the backend draws through one driver, and the switches
 // (occlusion culling, the depth pyramid) apply to every context alike.
@@ -13,6 +15,8 @@ public:
 
     // Reads the driver's capabilities. Must run with a GL context current.
     void initExtensions();
+    // The same decisions from the answers of `driver`.
+    void initExtensions(KVGLDriverQuery const& driver);
 
     // The version parsed from a GL_VERSION string such as "4.5 (Compatibility
     // Profile) Mesa 22.3.6"; separated out so it can be checked without GL.
@@ -34,6 +38,9 @@ public:
     // Applies what initExtensions learns, given the driver's answers; split
     // from initExtensions so the decisions can be tested without a driver.
     void applyGLVersion(char const* versionString);
+
+    // Whether `driver` can be trusted with bindless textures.
+    static bool detectBindlessTexture(KVGLDriverQuery const& driver);
 
 protected:
     CKVRenderStateManager();

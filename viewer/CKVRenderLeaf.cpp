@@ -1,5 +1,6 @@
 #include "viewer/CKVRenderLeaf.h"
 
+#include "scene/KVBindlessHandleUniform.h"
 #include "viewer/CKVOSGState.h"
 
 #include <osgUtil/StateGraph>
@@ -75,6 +76,8 @@ void CKVRenderLeaf::applyStateAndDraw(osg::RenderInfo& renderInfo, osgUtil::Rend
         osgUtil::StateGraph::moveStateGraph(state, nullptr, _parent->_parent);
         state.apply(_parent->getStateSet());
     }
+    // Bindless sampler handles take a call the stock uniform path never makes.
+    KVBindlessHandleUniform::applyCurrent(state, _parent->getStateSet());
     _drawable->draw(renderInfo);
 }
 
