@@ -1,9 +1,19 @@
 #include "scene/CKVOSGTransformNode.h"
 
 #include "programs/CKVProgramManager.h"
+#include "scene/CKVMaterialBinder.h"
+#include "scene/CKVTerrainMaterialBinder.h"
+#include "scene/CKVTextureLoader.h"
+#include "scene/CKVWaterMaterialBinder.h"
 
 #include "TarnwickGeometry/KVMatrixConvert.h"
 #include "TarnwickRender/CKVCullingState.h"
+#include "TarnwickRender/CKVLineMaterial.h"
+#include "TarnwickRender/CKVMaterialState.h"
+#include "TarnwickRender/CKVPhysicalMaterial.h"
+#include "TarnwickRender/CKVPhysicalWaterMaterial.h"
+#include "TarnwickRender/CKVTerrainMaterial.h"
+#include "TarnwickRender/CKVWaterMaterial.h"
 #include "TarnwickRender/CKVScelectAbilityState.h"
 #include "TarnwickRender/CKVSceneNode.h"
 #include "TarnwickRender/CKVTransformState.h"
@@ -158,12 +168,95 @@ void CKVOSGTransformNode::updateTraverse(osgUtil::UpdateVisitor& visitor)
         mSceneNode->removeUpdateMode(CKVSceneNode::kProgramParamChanged);
     }
     if (mSceneNode->getUpdateMode(CKVSceneNode::kStatesChanged)) {
-        // The material state is applied by the material binding; until then
-        // it stays dirty, so nothing of it is lost.
+        updateMaterial(stateOf<CKVMaterialState>(mSceneNode, CKVSceneNodeState::kMaterial), visitor);
         updateTransform(stateOf<CKVTransformState>(mSceneNode, CKVSceneNodeState::kTransform));
         mSceneNode->removeUpdateMode(CKVSceneNode::kStatesChanged);
     }
     osg::Group::traverse(visitor);
+}
+
+void CKVOSGTransformNode::updateMaterial(CKVMaterialState* state, osgUtil::UpdateVisitor& visitor)
+{
+    if (!state || !state->getMaterial() || !state->isDirty())
+        return;
+    CKVBasicMaterial const* material = state->getMaterial();
+    osg::StateSet* stateSet = getOrCreateStateSet();
+    // Water and terrain are whole materials of their own; the others build
+    // up from the basic part.
+    if (material->isKindOf(CKVWaterMaterial::desc())) {
+        applyWaterMaterial(static_cast<CKVWaterMaterial const*>(material), stateSet, visitor);
+    } else if (material->isKindOf(CKVPhysicalWaterMaterial::desc())) {
+        applyPhysicalWaterMaterial(static_cast<CKVPhysicalWaterMaterial const*>(material), stateSet, visitor);
+    } else if (material->isKindOf(CKVTerrainMaterial::desc())) {
+        applyTerrainMaterial(static_cast<CKVTerrainMaterial const*>(material), stateSet, visitor);
+    } else {
+        unsigned mask = 0;
+        applyBasicMaterial(material, stateSet, mask);
+        if (material->isKindOf(CKVPhysicalMaterial::desc()))
+            applyPhycisalMaterial(static_cast<CKVPhysicalMaterial const*>(material), stateSet, mask);
+        if (material->isKindOf(CKVLineMaterial::desc()))
+            applyLineMaterial(static_cast<CKVLineMaterial const*>(material), stateSet);
+    }
+    state->dirty(false);
+}
+
+void CKVOSGTransformNode::applyBasicMaterial(CKVBasicMaterial const* material, osg::StateSet* stateSet, unsigned& mask)
+{
+    CKVMaterialBinder::applyBasicMaterial(material, stateSet, mask);
+}
+
+void CKVOSGTransformNode::applyLineMaterial(CKVLineMaterial const* material, osg::StateSet* stateSet)
+{
+    CKVMaterialBinder::applyLineMaterial(material, stateSet);
+}
+
+void CKVOSGTransformNode::applyPhycisalMaterial(CKVPhysicalMaterial const* material, osg::StateSet* stateSet,
+                                                unsigned& mask)
+{
+    CKVMaterialBinder::applyPhysicalMaterial(material, stateSet, mask);
+}
+
+void CKVOSGTransformNode::applyPhysicalWaterMaterial(CKVPhysicalWaterMaterial const* material,
+                                                     osg::StateSet* stateSet, osgUtil::UpdateVisitor&)
+{
+    CKVWaterMaterialBinder::applyPhysicalWaterMaterial(material, stateSet, mSceneNode);
+}
+
+void CKVOSGTransformNode::applyTerrainMaterial(CKVTerrainMaterial const* material, osg::StateSet* stateSet,
+                                               osgUtil::UpdateVisitor&)
+{
+    CKVTerrainMaterialBinder::applyTerrainMaterial(material, stateSet);
+}
+
+void CKVOSGTransformNode::applyWaterMaterial(CKVWaterMaterial const* material, osg::StateSet* stateSet,
+                                             osgUtil::UpdateVisitor&)
+{
+    CKVWaterMaterialBinder::applyWaterMaterial(material, stateSet, mSceneNode);
+}
+
+osg::ref_ptr<osg::Image> CKVOSGTransformNode::getErrorFormatImage() const
+{
+    return CKVTextureLoader::getErrorFormatImage();
+}
+
+osg::ref_ptr<osg::Image> CKVOSGTransformNode::getErrorPathImage() const
+{
+    return CKVTextureLoader::getErrorPathImage();
+}
+
+osg::ref_ptr<osg::Image> CKVOSGTransformNode::getResourceImage(char const* relativePath) const
+{
+    return CKVTextureLoader::getResourceImage(relativePath);
+}
+
+void CKVOSGTransformNode::setTextureFilter(osg::Texture* texture)
+{
+    CKVTextureLoader::setTextureFilter(texture);
+}
+
+void CKVOSGTransformNode::makeRenderBinDetails(osg::StateSet* stateSet, CKVBasicMaterial const* material)
+{
+    CKVMaterialBinder::makeRenderBinDetails(stateSet, material);
 }
 
 void CKVOSGTransformNode::updateTransform(CKVTransformState* state)

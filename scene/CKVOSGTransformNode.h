@@ -3,6 +3,12 @@
 #include "TarnwickRender/CKVVisibilityState.h"
 
 #include <osg/AutoTransform>
+#include <osg/Image>
+
+namespace osg {
+class StateSet;
+class Texture;
+} // namespace osg
 
 namespace osgUtil {
 class CullVisitor;
@@ -12,8 +18,15 @@ class UpdateVisitor;
 
 namespace Kelvor {
 
+class CKVBasicMaterial;
+class CKVLineMaterial;
+class CKVMaterialState;
+class CKVPhysicalMaterial;
+class CKVPhysicalWaterMaterial;
 class CKVSceneNode;
+class CKVTerrainMaterial;
 class CKVTransformState;
+class CKVWaterMaterial;
 
 // The OpenSceneGraph node behind one host scene node. It reads the host
 // node's states lazily during OpenSceneGraph's own traversals: host changes
@@ -57,11 +70,31 @@ protected:
     void cullTraverse(osgUtil::CullVisitor& visitor);
     void intersectionTraverse(osgUtil::IntersectionVisitor& visitor);
 
+    // Applies a dirty material on top of what the state set holds; a state
+    // without a material is left dirty for a later material.
+    void updateMaterial(CKVMaterialState* state, osgUtil::UpdateVisitor& visitor);
     // A null state places nothing: no auto scale, no rotation.
     void updateTransform(CKVTransformState* state);
     // Traverses the children that the node's distance range lets through.
     void culling(CKVSceneNode const* node, osg::NodeVisitor& visitor);
     bool isVisible(CKVSceneNode const* node, CKVVisibilityState::Mode mode) const;
+
+    // The material functions. `mask` collects the texture mask bits of the
+    // basic and physical parts of one material.
+    void applyBasicMaterial(CKVBasicMaterial const* material, osg::StateSet* stateSet, unsigned& mask);
+    void applyLineMaterial(CKVLineMaterial const* material, osg::StateSet* stateSet);
+    void applyPhycisalMaterial(CKVPhysicalMaterial const* material, osg::StateSet* stateSet, unsigned& mask);
+    void applyPhysicalWaterMaterial(CKVPhysicalWaterMaterial const* material, osg::StateSet* stateSet,
+                                    osgUtil::UpdateVisitor& visitor);
+    void applyTerrainMaterial(CKVTerrainMaterial const* material, osg::StateSet* stateSet,
+                              osgUtil::UpdateVisitor& visitor);
+    void applyWaterMaterial(CKVWaterMaterial const* material, osg::StateSet* stateSet,
+                            osgUtil::UpdateVisitor& visitor);
+    osg::ref_ptr<osg::Image> getErrorFormatImage() const;
+    osg::ref_ptr<osg::Image> getErrorPathImage() const;
+    osg::ref_ptr<osg::Image> getResourceImage(char const* relativePath) const;
+    void setTextureFilter(osg::Texture* texture);
+    void makeRenderBinDetails(osg::StateSet* stateSet, CKVBasicMaterial const* material);
 
 private:
     // The local matrix of the host's transform, or false when the node has

@@ -1,0 +1,336 @@
+// Host materials on boxes standing on a plane, sent to a render context as
+// commands only and captured the way a host captures a frame: lighting,
+// textures, transparency, highlight, error images and the render
+// configuration switches that change how surfaces shade.
+#include "binding/RenderContextFixture.h"
+
+#include "effects/CKVPostProcessNode.h"
+#include "support/GoldenImage.h"
+#include "support/TestPaths.h"
+
+#include "TarnwickGeometry/CKVMatrix3D.h"
+#include "TarnwickRender/CKVBufferGeometry.h"
+#include "TarnwickRender/CKVCamera.h"
+#include "TarnwickRender/CKVLogicBufferGeometry.h"
+#include "TarnwickRender/CKVMaterialState.h"
+#include "TarnwickRender/CKVPhysicalMaterial.h"
+#include "TarnwickRender/CKVRCApplyCamera.h"
+#include "TarnwickRender/CKVRCApplyRenderConfig.h"
+#include "TarnwickRender/CKVRCAttachSceneData.h"
+#include "TarnwickRender/CKVRCInsertRenderObject.h"
+#include "TarnwickRender/CKVRCUpdateClipTest.h"
+#include "TarnwickRender/CKVSceneNode.h"
+#include "TarnwickRender/CKVSceneNodeStateSet.h"
+#include "TarnwickRender/CKVTransformState.h"
+
+#include <osg/Texture2D>
+#include <osgDB/ReadFile>
+#include <osgDB/WriteFile>
+
+#include <cstdio>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace Kelvor {
+namespace {
+
+unsigned int const kCaptureWidth = 160;
+unsigned int const kCaptureHeight = 120;
+
+// llvmpipe is deterministic, but drivers of other machines round shading a
+// little differently; edges may move by a pixel.
+ImageTolerance const kTolerance{10, 0.01};
+
+// An axis-aligned box with its own normals and texture coordinates per face.
+kv_shared_ptr<CKVLogicBufferGeometry> boxShape(float sx, float sy, float sz)
+{
+    std::vector<float> vertices, normals, uvs;
+    std::vector<unsigned int> indices;
+    auto face = [&](osg::Vec3f n, osg::Vec3f u, osg::Vec3f v) {
+        unsigned int const base = static_cast<unsigned int>(vertices.size() / 3);
+        osg::Vec3f const centre(n.x() * sx, n.y() * sy, n.z() * sz);
+        osg::Vec3f const du(u.x() * sx, u.y() * sy, u.z() * sz);
+        osg::Vec3f const dv(v.x() * sx, v.y() * sy, v.z() * sz);
+        osg::Vec3f const corners[4] = {centre - du - dv, centre + du - dv, centre + du + dv, centre - du + dv};
+        float const tex[8] = {0, 0, 1, 0, 1, 1, 0, 1};
+        for (int i = 0; i < 4; ++i) {
+            vertices.insert(vertices.end(), {corners[i].x(), corners[i].y(), corners[i].z()});
+            normals.insert(normals.end(), {n.x(), n.y(), n.z()});
+            uvs.insert(uvs.end(), {tex[i * 2], tex[i * 2 + 1]});
+        }
+        indices.insert(indices.end(), {base, base + 1, base + 2, base, base + 2, base + 3});
+    };
+    face({1, 0, 0}, {0, 1, 0}, {0, 0, 1});
+    face({-1, 0, 0}, {0, -1, 0}, {0, 0, 1});
+    face({0, 1, 0}, {-1, 0, 0}, {0, 0, 1});
+    face({0, -1, 0}, {1, 0, 0}, {0, 0, 1});
+    face({0, 0, 1}, {1, 0, 0}, {0, 1, 0});
+    face({0, 0, -1}, {-1, 0, 0}, {0, 1, 0});
+    kv_shared_ptr<CKVLogicBufferGeometry> shape(new CKVLogicBufferGeometry);
+    shape->setVertexData(CKVVertexBufferAttribute::kVertex, vertices.data(), static_cast<unsigned int>(vertices.size()));
+    shape->setVertexData(CKVVertexBufferAttribute::kNormal, normals.data(), static_cast<unsigned int>(normals.size()));
+    shape->setVertexData(CKVVertexBufferAttribute::kTexCoord, uvs.data(), static_cast<unsigned int>(uvs.size()));
+    shape->setIndexData(indices.data(), static_cast<unsigned int>(indices.size()));
+    return shape;
+}
+
+// A checker of two colours in squares of 8 by 8 texels.
+osg::ref_ptr<osg::Image> checker(osg::Vec4ub a, osg::Vec4ub b)
+{
+    osg::ref_ptr<osg::Image> image = new osg::Image;
+    int const size = 64;
+    image->allocateImage(size, size, 1, GL_RGBA, GL_UNSIGNED_BYTE);
+    for (int y = 0; y < size; ++y) {
+        for (int x = 0; x < size; ++x) {
+            osg::Vec4ub const& c = ((x / 8 + y / 8) % 2 == 0) ? a : b;
+            unsigned char* p = image->data(x, y);
+            p[0] = c.r();
+            p[1] = c.g();
+            p[2] = c.b();
+            p[3] = c.a();
+        }
+    }
+    return image;
+}
+
+class MaterialSceneGLTest : public RenderContextFixture
+{
+protected:
+    void SetUp() override
+    {
+        RenderContextFixture::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        char folder[] = "/tmp/tarnwick-material-gl-XXXXXX";
+        ASSERT_NE(::mkdtemp(folder), nullptr);
+        mFolder = folder;
+        CKVBackGroundConfig background;
+        background.setBackGroundColor(CKVPoint3D(0.55, 0.65, 0.8));
+        mConfig.setBackGroundConfig(background);
+        // A strong sun over a weak ambient, so that faces differ by their
+        // angle to the light and physically based surfaces, which have no
+        // ambient term without image-based lighting, are seen.
+        mConfig.setLightIntensity(6.0f);
+        mConfig.setAmbientIntensity(0.2f);
+        mScene.setRenderConfig(mConfig);
+        ASSERT_NE(start(), nullptr);
+        takeOverTicks();
+
+        mCamera.setProjectMode(CKVCamera::kPerspective);
+        mCamera.setFieldOfView(40.0);
+        mCamera.setAspect(double(kCaptureWidth) / kCaptureHeight);
+        mCamera.setNearFar(0.5, 100.0);
+        mCamera.setLookAt(CKVPoint3D(7.0, -11.0, 7.0), CKVPoint3D(0.0, 0.0, 0.5), CKVVector3D(0.0, 0.0, 1.0));
+        send(new CKVRCApplyCamera(mCamera));
+    }
+
+    void TearDown() override
+    {
+        RenderContextFixture::TearDown();
+        if (!mFolder.empty() && std::system(("rm -rf '" + mFolder + "'").c_str()) != 0)
+            return;
+    }
+
+    // Commands go through the host's cache and are drained by the next tick.
+    void send(CKVRenderCommand* command)
+    {
+        kv_shared_ptr<CKVRenderCommand> held(command);
+        CKVRenderCommandCache* cache = mContext->getRenderCommandCache();
+        cache->write(held.get());
+        cache->finish();
+        mContext->onTick(++mTickMs);
+    }
+
+    std::string writeTexture(char const* name, osg::Image const& image)
+    {
+        std::string const path = mFolder + "/" + name;
+        EXPECT_TRUE(osgDB::writeImageFile(image, path));
+        return path;
+    }
+
+    // A node holding one box of half sizes (sx, sy, sz) at `position`, with
+    // the material's program and `extra` program switches.
+    kv_shared_ptr<CKVSceneNode> addBox(CKVBasicMaterial* material, CKVPoint3D const& position, float sx, float sy,
+                                       float sz, unsigned int extra = 0)
+    {
+        kv_shared_ptr<CKVSceneNode> node(CKVRenderCallback::createSceneNode());
+        CKVProgramParam param;
+        material->getProgramParam(param);
+        if (extra)
+            param.addParam(static_cast<CKVProgramParam::Param>(extra));
+        node->setProgramParam(param);
+        node->getStateSet()->addState(new CKVMaterialState(material));
+        CKVTransformState* transform = new CKVTransformState;
+        transform->setTransformMode(CKVTransformState::kMatrix);
+        transform->setMatrix(CKVMatrix3D::translation(CKVVector3D(position.x, position.y, position.z)));
+        node->getStateSet()->addState(transform);
+
+        kv_shared_ptr<CKVBufferGeometry> geometry(CKVRenderCallback::createBufferGeometry());
+        kv_shared_ptr<CKVLogicBufferGeometry> shape = boxShape(sx, sy, sz);
+        EXPECT_TRUE(geometry->addLogicBuffer(shape.get()));
+        send(new CKVRCInsertRenderObject(node.get(), geometry.get()));
+        send(new CKVRCAttachSceneData(node.get()));
+        mKeep.push_back(shape);
+        mGeometries.push_back(geometry);
+        mNodes.push_back(node);
+        return node;
+    }
+
+    static kv_shared_ptr<CKVBasicMaterial> colour(unsigned char r, unsigned char g, unsigned char b,
+                                                  unsigned char a = 255)
+    {
+        kv_shared_ptr<CKVBasicMaterial> material(new CKVBasicMaterial);
+        material->setRGBA(r, g, b, a);
+        return material;
+    }
+
+    // A grey ground plate and, on it, whatever the test adds.
+    void addGround()
+    {
+        mGround = colour(170, 170, 160);
+        addBox(mGround.get(), CKVPoint3D(0, 0, -0.05), 5.0f, 5.0f, 0.05f);
+    }
+
+    void applyConfig()
+    {
+        send(new CKVRCApplyRenderConfig(mConfig));
+    }
+
+    // The frame as the host's capture writes it.
+    osg::ref_ptr<osg::Image> capture()
+    {
+        for (int i = 0; i < 2; ++i)
+            mContext->onTick(++mTickMs);
+        std::string const path = mFolder + "/capture.png";
+        std::remove(path.c_str());
+        bool written = false;
+        CKVCamera const camera = mCamera;
+        EXPECT_TRUE(tickWith(
+            [&](CKVRenderContext* context) {
+                return context->getCapture(path.c_str(), CKVVec2<unsigned int>(kCaptureWidth, kCaptureHeight),
+                                           camera, false);
+            },
+            &written));
+        EXPECT_TRUE(written);
+        return written ? osgDB::readRefImageFile(path) : nullptr;
+    }
+
+    void expectGolden(char const* name)
+    {
+        osg::ref_ptr<osg::Image> image = capture();
+        ASSERT_TRUE(image.valid());
+        expectMatchesGolden(*image, name, kTolerance);
+    }
+
+    std::string mFolder;
+    CKVRenderConfig mConfig;
+    CKVCamera mCamera;
+    kv_shared_ptr<CKVBasicMaterial> mGround;
+    std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> mKeep;
+    std::vector<kv_shared_ptr<CKVBufferGeometry>> mGeometries;
+    std::vector<kv_shared_ptr<CKVSceneNode>> mNodes;
+};
+
+} // namespace
+
+TEST_F(MaterialSceneGLTest, BasicPhysicalAndTexturedBoxesAreLit)
+{
+    addGround();
+    kv_shared_ptr<CKVBasicMaterial> red = colour(200, 40, 30);
+    addBox(red.get(), CKVPoint3D(-2.5, 0, 1), 1.0f, 1.0f, 1.0f);
+
+    kv_shared_ptr<CKVPhysicalMaterial> physical(new CKVPhysicalMaterial);
+    physical->setRGBA(60, 90, 200, 255);
+    physical->setMetallic(0.3f);
+    physical->setRoughness(0.35f);
+    addBox(physical.get(), CKVPoint3D(0, 0, 1), 1.0f, 1.0f, 1.0f);
+
+    kv_shared_ptr<CKVBasicMaterial> textured = colour(255, 255, 255);
+    textured->setTexture(writeTexture("checker.png", *checker({240, 200, 40, 255}, {30, 120, 60, 255})).c_str());
+    addBox(textured.get(), CKVPoint3D(2.5, 0, 1), 1.0f, 1.0f, 1.0f);
+    expectGolden("material_lit_boxes");
+
+    // The same scene under the render configuration's switches.
+    mConfig.setFogUse(true);
+    mConfig.setFogColor(CKVVec3<float>(0.9f, 0.9f, 0.9f));
+    mConfig.setFogDensity(0.03f);
+    applyConfig();
+    expectGolden("material_fog");
+
+    mConfig.setFogUse(false);
+    mConfig.setRenderStyle(CKVRenderConfig::kWhiteModelWithEdges);
+    applyConfig();
+    expectGolden("material_white_model");
+
+    mConfig.setRenderStyle(CKVRenderConfig::kShaded);
+    mConfig.setLightPosition(CKVVec3<float>(0.3f, -0.3f, -0.9f));
+    applyConfig();
+    expectGolden("material_night");
+
+    mConfig.setLightPosition(CKVVec3<float>(0.5f, -0.5f, 0.7071068f));
+    applyConfig();
+    CKVVec4<float> const plane(0.0f, -1.0f, 0.0f, 0.0f);
+    send(new CKVRCUpdateClipTest(&plane, 1));
+    expectGolden("material_clipped");
+}
+
+TEST_F(MaterialSceneGLTest, AlphaTestCutsHolesAndTranslucencyShowsWhatIsBehind)
+{
+    addGround();
+    kv_shared_ptr<CKVBasicMaterial> holes = colour(255, 255, 255);
+    holes->setTexture(writeTexture("holes.png", *checker({220, 60, 60, 255}, {0, 0, 0, 0})).c_str());
+    addBox(holes.get(), CKVPoint3D(-1.5, 0, 1), 1.0f, 1.0f, 1.0f, CKVProgramParam::kUseAlphaTest);
+
+    // A tall opaque post behind a translucent pane: the post shows through.
+    kv_shared_ptr<CKVBasicMaterial> post = colour(40, 40, 160);
+    addBox(post.get(), CKVPoint3D(2.0, 2.0, 1.5), 0.3f, 0.3f, 1.5f);
+    kv_shared_ptr<CKVBasicMaterial> glass = colour(120, 220, 140, 110);
+    glass->setSortTransparency(true);
+    addBox(glass.get(), CKVPoint3D(1.5, 0, 1), 1.4f, 0.1f, 1.0f);
+    expectGolden("material_transparency");
+}
+
+TEST_F(MaterialSceneGLTest, HighlightAndErrorImagesAreSeenOnTheModel)
+{
+    addGround();
+    kv_shared_ptr<CKVBasicMaterial> selected = colour(230, 180, 40);
+    addBox(selected.get(), CKVPoint3D(-2.5, 0, 1), 1.0f, 1.0f, 1.0f, CKVProgramParam::kUseHighlightStyle);
+
+    kv_shared_ptr<CKVBasicMaterial> missing = colour(255, 255, 255);
+    missing->setTexture((mFolder + "/no-such-texture.png").c_str());
+    addBox(missing.get(), CKVPoint3D(0, 0, 1), 1.0f, 1.0f, 1.0f);
+
+    kv_shared_ptr<CKVBasicMaterial> unreadable = colour(255, 255, 255);
+    std::string const garbage = mFolder + "/garbage.png";
+    std::FILE* file = std::fopen(garbage.c_str(), "w");
+    ASSERT_NE(file, nullptr);
+    std::fputs("not an image", file);
+    std::fclose(file);
+    unreadable->setTexture(garbage.c_str());
+    addBox(unreadable.get(), CKVPoint3D(2.5, 0, 1), 1.0f, 1.0f, 1.0f);
+    expectGolden("material_highlight_and_errors");
+}
+
+// The surface resources are generated at build time, so the start-up finds
+// the anti-repetition noise and the snow normals on their reserved units.
+TEST_F(MaterialSceneGLTest, StartUpBindsTheGeneratedNoiseAndSnowTextures)
+{
+    bool noise = false;
+    bool snow = false;
+    ASSERT_TRUE(tickWith([&](CKVRenderContext* context) {
+        osg::StateSet* root = static_cast<CKVRenderContextX11Imp*>(context)->getRoot()->getStateSet();
+        auto imageOn = [root](unsigned int unit) {
+            auto const* texture =
+                dynamic_cast<osg::Texture2D const*>(root->getTextureAttribute(unit, osg::StateAttribute::TEXTURE));
+            return texture && texture->getImage() && texture->getImage()->s() > 0;
+        };
+        noise = imageOn(16);
+        snow = imageOn(19);
+        return true;
+    }));
+    EXPECT_TRUE(noise);
+    EXPECT_TRUE(snow);
+}
+
+} // namespace Kelvor
