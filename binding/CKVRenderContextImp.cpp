@@ -4,7 +4,9 @@
 #include "effects/CKVPostProcessNode.h"
 #include "programs/CKVProgramManager.h"
 #include "programs/CKVRenderStateManager.h"
+#include "scene/CKVOSGBindlessTexture.h"
 #include "scene/CKVOSGNodeAdapter.h"
+#include "scene/KVBindlessHandleUniform.h"
 #include "viewer/CKVOSGCamera.h"
 #include "viewer/CKVOSGState.h"
 #include "viewer/CKVViewer.h"
@@ -47,6 +49,11 @@ constexpr unsigned int kMainCullingMode = 15;
 // textures are not bindless) and the snow normal map.
 constexpr unsigned int kNoiseTextureUnit = 16;
 constexpr unsigned int kSnowNormalTextureUnit = 19;
+// Reserved for the image-based lighting maps. Named from the start so that
+// physically based surfaces never leave their cube samplers on unit 0, where
+// the 2D material maps are: two sampler types on one unit fail every draw.
+constexpr unsigned int kIrradianceMapUnit = 6;
+constexpr unsigned int kPrefilterMapUnit = 7;
 // Shaders clip against at most six host planes.
 constexpr unsigned int kMaxClipPlanes = 6;
 static_assert(CKVRenderContextImp::kMainSceneViewUniforms ==
@@ -65,20 +72,10 @@ constexpr unsigned int kCameraInfoFloats = 112;  // seven mat4
 constexpr unsigned int kEntityInfoFloats = 32;   // model and last model matrix
 constexpr unsigned int kLightInfoFloats = 16;
 
-// Weather shows on surfaces from half density on.
-constexpr float kWeatherThreshold = 0.5f;
-
 char const* const kScreenSize = "ScreenSize";
 char const* const kClipPlaneCount = "ClipPlaneCount_I";
 char const* const kClipPlaneArr = "ClipPlaneArr";
 char const* const kRainIntensity = "RainIntensity";
-char const* const kFogColor = "FogColor";
-char const* const kFogDensity = "FogDensity";
-
-osg::Vec3f toVec3(CKVVec3<float> const& v)
-{
-    return osg::Vec3f(v.x, v.y, v.z);
-}
 
 osg::ref_ptr<osg::Image> readResourceImage(CKVAString const& directory, char const* name)
 {
@@ -209,6 +206,8 @@ void CKVRenderContextImp::handBlocksToState()
 void CKVRenderContextImp::loadEnvironmentTextures()
 {
     osg::StateSet* stateSet = mRoot->getOrCreateStateSet();
+    stateSet->addUniform(new osg::Uniform("IrradianceMap", static_cast<int>(kIrradianceMapUnit)));
+    stateSet->addUniform(new osg::Uniform("PrefilterMap", static_cast<int>(kPrefilterMapUnit)));
     CKVAString directory;
     Common::getResourceDirectory(directory);
 
@@ -219,10 +218,14 @@ void CKVRenderContextImp::loadEnvironmentTextures()
     noise->setWrap(osg::Texture::WRAP_T, osg::Texture::REPEAT);
     if (osg::ref_ptr<osg::Image> image = readResourceImage(directory, "/repnoise.jpg"))
         noise->setImage(image.get());
-    // Bindless handles need the texture binding of the GL state, which lands
-    // later: until then the noise sits on its reserved unit on every driver.
-    stateSet->setTextureAttribute(kNoiseTextureUnit, noise.get());
-    stateSet->addUniform(new osg::Uniform("s_repNoise", static_cast<int>(kNoiseTextureUnit)));
+    if (CKVRenderStateManager::instance().isBindlessTexture()) {
+        osg::ref_ptr<KVBindlessHandleUniform> handle = new KVBindlessHandleUniform("s_repNoise", 0, true);
+        stateSet->addUniform(handle.get());
+        getOrCreateBindlessTexture(stateSet)->addTexture({noise, handle});
+    } else {
+        stateSet->setTextureAttribute(kNoiseTextureUnit, noise.get());
+        stateSet->addUniform(new osg::Uniform("s_repNoise", static_cast<int>(kNoiseTextureUnit)));
+    }
 
     osg::ref_ptr<osg::Image> snowNormal = readResourceImage(directory, "/particle/snow_normal.tif");
     if (!snowNormal.valid())
@@ -488,8 +491,8 @@ void CKVRenderContextImp::resizeViews(int width, int height)
     int const viewportAndAttachments = osg::Camera::RESIZE_VIEWPORT | osg::Camera::RESIZE_ATTACHMENTS;
     if (mMainCamera.valid())
         mMainCamera->resize(width, height, viewportAndAttachments);
-    // Next in line once they exist: the GIS camera, the colour and water-mask
-    // backgrounds and the water-mask camera.
+    // The GIS camera resizes here once it exists.
+    mConfigApplier.getBackGrounds().resize(width, height);
     if (mRoot.valid())
         mRoot->resize(width, height);
     // Then the SSAO, water and occlusion passes, once they exist.
@@ -551,15 +554,12 @@ bool CKVRenderContextImp::setTerrainHeight(float)
     return true;
 }
 
-bool CKVRenderContextImp::waterMask(char const* imagePath, unsigned int, unsigned int)
+bool CKVRenderContextImp::waterMask(char const* imagePath, unsigned int width, unsigned int height)
 {
     if (!mRoot.valid())
         return false;
-    if (!imagePath || !Common::checkFile(imagePath))
-        return true;
-    // The water-mask background and its camera land with the terrain mask;
-    // until then an existing mask file is accepted and changes nothing.
-    return true;
+    wireConfigApplier();
+    return mConfigApplier.getBackGrounds().waterMask(imagePath, width, height, mViewer.get());
 }
 
 bool CKVRenderContextImp::updateClipTest(CKVVec4<float> const* planes, unsigned int count)
@@ -594,99 +594,21 @@ bool CKVRenderContextImp::updateClipTest(CKVVec4<float> const* planes, unsigned 
 
 // --- render configuration -------------------------------------------------------
 
+void CKVRenderContextImp::wireConfigApplier()
+{
+    mConfigApplier.setTargets(mRoot.get(), mMainCamera.get(), mLightInfo, mRainIntensityUniform.get());
+}
+
 bool CKVRenderContextImp::applyRenderConfig(CKVRenderConfig const& config)
 {
-    // After the first time only what changed is applied, so that shader
-    // programs are not rebuilt for switches that stayed as they were.
-    bool const all = !mConfigured;
-    CKVRenderConfig const& stored = mRenderConfig;
-    auto changed = [&](auto getter) { return all || (stored.*getter)() != (config.*getter)(); };
-
-    // The atmosphere, SSAO, shadow and light-propagation switches wait for their effects.
-    if (changed(&CKVRenderConfig::getFogUse))
-        applyFog(config, true);
-    // Water reflection and colour grading wait for the water node and the effect chain.
-    if (changed(&CKVRenderConfig::getSkyTerrainUse))
-        applyDefine("_USE_SKY_TERRAIN", config.getSkyTerrainUse());
-    // Depth of field waits for the effect chain.
-    if (changed(&CKVRenderConfig::getRainUse))
-        applyDefine("_USE_WEATHER_RAIN", config.getRainUse());
-    if (changed(&CKVRenderConfig::getSnowUse) && !config.getSnowUse())
-        applyDefine("_USE_WEATHER_SNOW", false);
-    if (changed(&CKVRenderConfig::getRenderStyle))
-        applyRenderStyle(config.getRenderStyle());
-
-    mRenderConfig = config;
-    applyBackGround(config.getBackGroundConfig());
-    if (config.getBackGroundConfig().getBackGroundType() != CKVBackGroundConfig::kAtmosphere) {
-        // Both need the atmosphere's sky. Cleared in the stored copy too, so
-        // that asking for them again later counts as a change.
-        mRenderConfig.setVolumetricLightUse(false);
-        mRenderConfig.setWaterReflect(false);
-    }
-
-    applyLighting(config);
-    applyFog(config, false);
-    applyWeather(config);
-    applyMainClearMask(config.getUseDepthPrePass());
-    CKVRenderStateManager::instance().setHiZ(config.getUseDepthPrePass());
-    CKVRenderStateManager::instance().setOcclusionCulling(config.getUseOcclusionCull());
-    return true;
+    wireConfigApplier();
+    return mConfigApplier.applyRenderConfig(config, mConfigured);
 }
 
-void CKVRenderContextImp::applyFog(CKVRenderConfig const& config, bool switchChanged)
+bool CKVRenderContextImp::applyBackGround(CKVBackGroundConfig const& config)
 {
-    if (!mRoot.valid())
-        return;
-    if (switchChanged) {
-        applyDefine("_USE_FOG", config.getFogUse());
-        if (config.getFogUse()) {
-            if (!rootUniform(kFogColor))
-                mRoot->getOrCreateStateSet()->addUniform(new osg::Uniform(kFogColor, osg::Vec3f(0.9f, 0.9f, 0.9f)));
-            if (!rootUniform(kFogDensity))
-                mRoot->getOrCreateStateSet()->addUniform(new osg::Uniform(kFogDensity, 1.0e-6f));
-        }
-        return;
-    }
-    getOrCreateRootUniform(kFogColor, osg::Uniform::FLOAT_VEC3)->set(toVec3(config.getFogColor()));
-    getOrCreateRootUniform(kFogDensity, osg::Uniform::FLOAT)->set(config.getFogDensity());
-}
-
-void CKVRenderContextImp::applyLighting(CKVRenderConfig const& config)
-{
-    osg::Vec3f direction = toVec3(config.getLightPosition());
-    if (direction.length() > 0.0f)
-        direction.normalize();
-    mLightInfo.set(kLightDirection, direction.ptr(), 3);
-    if (mRoot.valid())
-        mRoot->setLightPosition(direction);
-    // The shadow generator and the atmosphere follow the light once they exist.
-    mLightInfo.set(kLightIntensity, config.getLightIntensity());
-    mLightInfo.set(kLightColor, toVec3(config.getAtmosphericColor()).ptr(), 3);
-    mLightInfo.set(kAmbientColor, toVec3(config.getAmbientColor()).ptr(), 3);
-    mLightInfo.set(kAmbientIntensity, config.getAmbientIntensity());
-}
-
-void CKVRenderContextImp::applyWeather(CKVRenderConfig const& config)
-{
-    if (mRainIntensityUniform.valid())
-        mRainIntensityUniform->set(config.getRainDensity());
-    // The particle systems take their densities once they exist. Snowy
-    // surfaces need no particles: the define follows the density alone.
-    if (!mRoot.valid() || !config.getSnowUse())
-        return;
-    bool const snowing = config.getSnowDensity() >= kWeatherThreshold;
-    osg::StateSet::DefineList const& defines = mRoot->getOrCreateStateSet()->getDefineList();
-    bool const defined = defines.find("_USE_WEATHER_SNOW") != defines.end();
-    if (snowing != defined)
-        applyDefine("_USE_WEATHER_SNOW", snowing);
-}
-
-void CKVRenderContextImp::applyRenderStyle(CKVRenderConfig::RenderStyle style)
-{
-    // The silhouette and edge-only switches wait for the effect chain; the
-    // white model is a define of the surface shaders.
-    applyDefine("_USE_WHITE_COLOR", style == CKVRenderConfig::kWhiteModelWithEdges);
+    wireConfigApplier();
+    return mConfigApplier.applyBackGround(config);
 }
 
 void CKVRenderContextImp::applyDefine(char const* name, bool on)
@@ -702,48 +624,10 @@ void CKVRenderContextImp::applyDefine(char const* name, bool on)
     CKVProgramManager::instance().dirtyDefine(name);
 }
 
-void CKVRenderContextImp::applyMainClearMask(bool depthPrePass)
-{
-    if (!mMainCamera.valid())
-        return;
-    // With the depth pre-pass on, that pass clears depth itself.
-    GLbitfield mask = depthPrePass ? 0 : GL_DEPTH_BUFFER_BIT;
-    // Until the background nodes land nothing else covers the window, so the
-    // main camera clears to the background colour itself.
-    mask |= GL_COLOR_BUFFER_BIT;
-    mMainCamera->setClearMask(mask);
-}
-
-bool CKVRenderContextImp::applyBackGround(CKVBackGroundConfig const& config)
-{
-    if (!mMainCamera.valid())
-        return false;
-    mBackGroundConfig = config;
-    if (config.getBackGroundType() != CKVBackGroundConfig::kSolidColor) {
-        // The gradient, sky-box and atmosphere backgrounds land later.
-        return false;
-    }
-    CKVPoint3D const rgb = config.getBackGroundColor();
-    osg::Vec4 const colour(static_cast<float>(rgb.x), static_cast<float>(rgb.y), static_cast<float>(rgb.z), 1.0f);
-    mMainCamera->setClearColor(colour);
-    if (mRoot.valid())
-        mRoot->setClearColor(colour);
-    return true;
-}
-
 osg::Uniform* CKVRenderContextImp::rootUniform(char const* name) const
 {
     osg::StateSet* stateSet = mRoot.valid() ? mRoot->getStateSet() : nullptr;
     return stateSet ? stateSet->getUniform(name) : nullptr;
-}
-
-osg::Uniform* CKVRenderContextImp::getOrCreateRootUniform(char const* name, osg::Uniform::Type type)
-{
-    if (osg::Uniform* uniform = rootUniform(name))
-        return uniform;
-    osg::ref_ptr<osg::Uniform> uniform = new osg::Uniform(type, name);
-    mRoot->getOrCreateStateSet()->addUniform(uniform.get());
-    return uniform.get();
 }
 
 } // namespace Kelvor

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "binding/CKVRenderConfigApplier.h"
 #include "binding/CKVUniformBlock.h"
 #include "viewer/CKVTickTarget.h"
 
@@ -86,8 +87,14 @@ public:
     CKVScene* getScene() const { return mScene; }
     CKVGraphicsModel* getGraphicsModel() const { return mGraphicsModel.get(); }
     bool isConfigured() const { return mConfigured; }
-    CKVRenderConfig const& getRenderConfig() const { return mRenderConfig; }
-    CKVBackGroundConfig const& getBackGroundConfig() const { return mBackGroundConfig; }
+    CKVRenderConfig const& getRenderConfig() const { return mConfigApplier.getRenderConfig(); }
+    CKVBackGroundConfig const& getBackGroundConfig() const
+    {
+        return mConfigApplier.getBackGrounds().getBackGroundConfig();
+    }
+    // The render configuration's and background's state: background objects,
+    // water mask, count of define changes.
+    CKVRenderConfigApplier const& getConfigApplier() const { return mConfigApplier; }
     CKVUniformBlock const& getLightInfo() const { return mLightInfo; }
     osg::Vec3f getCameraPosition() const { return osg::Vec3f(mCameraPosition[0], mCameraPosition[1], mCameraPosition[2]); }
     osg::Vec3f getPreviousCameraPosition() const
@@ -122,15 +129,10 @@ protected:
 
 private:
     void drain(CKVRenderCommandCache& cache, bool forcedFrame);
-    void applyMainClearMask(bool depthPrePass);
     void applyDefine(char const* name, bool on);
-    // With `switchChanged` the fog switch itself, else its colour and density.
-    void applyFog(CKVRenderConfig const& config, bool switchChanged);
-    void applyLighting(CKVRenderConfig const& config);
-    void applyWeather(CKVRenderConfig const& config);
-    void applyRenderStyle(CKVRenderConfig::RenderStyle style);
+    // Points the configuration at the objects made so far in `initialize`.
+    void wireConfigApplier();
     osg::Uniform* rootUniform(char const* name) const;
-    osg::Uniform* getOrCreateRootUniform(char const* name, osg::Uniform::Type type);
     void writeDetachCommands(CKVRenderCommandCache& cache);
     void writeAttachCommands(CKVRenderCommandCache& cache);
 
@@ -151,10 +153,8 @@ private:
     mutable std::mutex mCacheMutex;
     CKVRenderCommandDispatchMgr mDispatchMgr;
     bool mConfigured = false;
-    CKVBackGroundConfig mBackGroundConfig;
     float mCameraPosition[3] = {0.0f, 0.0f, 0.0f};
     float mPreviousCameraPosition[3] = {0.0f, 0.0f, 0.0f};
-    CKVRenderConfig mRenderConfig;
     osg::ref_ptr<CKVOSGCamera> mMainCamera;
     CKVUniformBlock mCameraInfo;
     CKVUniformBlock mEntityInfo;
@@ -162,6 +162,9 @@ private:
     osg::ref_ptr<osg::Uniform> mRainIntensityUniform;
     osg::ref_ptr<osg::Uniform> mClipPlaneCountUniform;
     osg::ref_ptr<osg::Uniform> mClipPlaneArrUniform;
+    // Render configuration, backgrounds and water mask; declared last so
+    // that its references go before the context's own.
+    CKVRenderConfigApplier mConfigApplier;
 };
 
 } // namespace Kelvor

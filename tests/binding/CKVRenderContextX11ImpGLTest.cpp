@@ -204,7 +204,7 @@ TEST_F(RenderContextX11ImpGLTest, ClipTestUsesAtMostSixPlanes)
     EXPECT_TRUE(tickWith([](CKVRenderContext*) { return true; }, &dispatched));
 }
 
-TEST_F(RenderContextX11ImpGLTest, WaterMaskWithoutItsBackgroundChangesNothing)
+TEST_F(RenderContextX11ImpGLTest, WaterMaskOfAMissingFileChangesNothing)
 {
     CKVRenderContextX11Imp* context = start();
     ASSERT_NE(context, nullptr);
@@ -213,6 +213,7 @@ TEST_F(RenderContextX11ImpGLTest, WaterMaskWithoutItsBackgroundChangesNothing)
     unsigned int const slaves = context->getViewer()->getNumSlaves();
 
     EXPECT_TRUE(context->waterMask("/tmp/tarnwick-no-such-mask.png", 64, 64));
+    EXPECT_EQ(context->getViewer()->getNumSlaves(), slaves);
     char path[] = "/tmp/tarnwick-mask-XXXXXX";
     int const file = mkstemp(path);
     ASSERT_GE(file, 0);
@@ -220,8 +221,10 @@ TEST_F(RenderContextX11ImpGLTest, WaterMaskWithoutItsBackgroundChangesNothing)
     EXPECT_TRUE(context->waterMask(path, 64, 64));
     std::remove(path);
 
+    // An existing file makes the mask and its camera, even when its picture
+    // cannot be read: the background then stays empty.
     EXPECT_EQ(context->getRoot()->getNumChildren(), children);
-    EXPECT_EQ(context->getViewer()->getNumSlaves(), slaves);
+    EXPECT_EQ(context->getViewer()->getNumSlaves(), slaves + 1);
 }
 
 TEST_F(RenderContextX11ImpGLTest, ViewPortOfZeroPassesThroughAndBack)
