@@ -1,5 +1,12 @@
 #include "effects/CKVPostProcessNode.h"
 
+#include "effects/CKVDrawBufferSelect.h"
+#include "effects/CKVEffectChain.h"
+#include "effects/CKVFinalPass.h"
+#include "effects/CKVFullScreenGenerator.h"
+#include "effects/CKVSceneRenderTargets.h"
+#include "environment/CBGGeode.h"
+#include "programs/CKVProgramManager.h"
 #include "scene/CKVOSGTransformNode.h"
 #include "scene/CKVSceneNodeImp.h"
 #include "viewer/CKVOSGCamera.h"
@@ -26,6 +33,9 @@ constexpr unsigned int kSceneInheritanceMask = osg::CullSettings::DRAW_BUFFER | 
 constexpr unsigned int kSmallFeatureCullingBit = 8;
 // A host node with this name is a background and is drawn by the GIS camera.
 char const* const kGISBackGroundName = "KV_GISBackGround";
+// The draw-buffer selection must come before anything else of the pass.
+constexpr int kDrawBufferBin = -100000;
+char const* const kWhiteColorDefine = "_USE_WHITE_COLOR";
 
 } // namespace
 
@@ -33,14 +43,35 @@ CKVPostProcessNode::CKVPostProcessNode(CKVOSGCamera* mainCamera, osg::FloatArray
     : mMainCamera(mainCamera)
     , mCameraInfo(cameraInfo)
     , mLightPosition(0.0f, 0.0f, 1.0f)
+    , mHistory(cameraInfo)
     , mGISGroup(new osg::Group)
     , mSamples(samples)
 {
     setName("PostProcessCamera");
     copyMainCameraSettings();
 
+    osg::Viewport const* viewport = mMainCamera.valid() ? mMainCamera->getViewport() : nullptr;
+    mTargets.reset(new CKVSceneRenderTargets(viewport ? viewport->width() : 0.0, viewport ? viewport->height() : 0.0,
+                                             samples));
+    mTargets->attachTo(*this);
+    if (!viewport)
+        setViewport(0, 0, mTargets->getWidth(), mTargets->getHeight());
+    mFinalPass.reset(new CKVFinalPass);
+
+    mDrawBufferSelect = new CKVDrawBufferSelect;
+    mDrawBufferGeode = new CBGGeode;
+    mDrawBufferGeode->addDrawable(mDrawBufferSelect.get());
+    mDrawBufferGeode->getOrCreateStateSet()->setRenderBinDetails(kDrawBufferBin, "RenderBin");
+
+    osg::StateSet* stateSet = getOrCreateStateSet();
+    mLightPositionScreenUniform = new osg::Uniform("lightPositionScreen", osg::Vec2f(0.0f, 0.0f));
+    stateSet->addUniform(mLightPositionScreenUniform.get());
+    stateSet->addUniform(mHistory.getJitterUniform());
+
+    rebuildProgram();
+    relinkChain();
     mNearFarUniform = new osg::Uniform("nearFar", osg::Vec2f(0.0f, 0.0f));
-    getOrCreateStateSet()->addUniform(mNearFarUniform.get());
+    stateSet->addUniform(mNearFarUniform.get());
 }
 
 CKVPostProcessNode::~CKVPostProcessNode() = default;
@@ -70,6 +101,129 @@ void CKVPostProcessNode::copyMainCameraSettings()
         setSmallFeatureCullingPixelSize(mMainCamera->getSmallFeatureCullingPixelSize());
     if (osg::Viewport const* viewport = mMainCamera->getViewport())
         setViewport(new osg::Viewport(*viewport));
+}
+
+osg::Texture2D* CKVPostProcessNode::getColorTexture() const { return mTargets->getColorTexture(); }
+osg::Texture2D* CKVPostProcessNode::getVelocityTexture() const { return mTargets->getVelocityTexture(); }
+osg::Texture2D* CKVPostProcessNode::getSilhouetteTexture() const { return mTargets->getSilhouetteTexture(); }
+osg::Texture2D* CKVPostProcessNode::getVolumetricLightTexture() const { return mTargets->getVolumetricLightTexture(); }
+osg::Texture2D* CKVPostProcessNode::getDepthTexture() const { return mTargets->getDepthTexture(); }
+CBGGeode* CKVPostProcessNode::getQuad() const { return mFinalPass->getQuad(); }
+osg::Program* CKVPostProcessNode::getProgram() const { return mFinalPass->getProgram(); }
+std::string const& CKVPostProcessNode::getDefinesText() const { return mFinalPass->getDefinesText(); }
+bool CKVPostProcessNode::isLUTCreated() const { return mFinalPass->isLUTCreated(); }
+osg::Texture2D* CKVPostProcessNode::getLUTTexture() const { return mFinalPass->getLUTTexture(); }
+
+void CKVPostProcessNode::switchEffect(bool& flag, bool enabled, char const* define, bool recompileSurfaces)
+{
+    if (flag == enabled)
+        return;
+    flag = enabled;
+    osg::StateSet* stateSet = getOrCreateStateSet();
+    if (enabled)
+        stateSet->setDefine(define, osg::StateAttribute::ON);
+    else
+        stateSet->removeDefine(define);
+    // Surface shaders write an extra output for these; the final pass reads
+    // its own defines from the state set in rebuildProgram.
+    if (recompileSurfaces)
+        CKVProgramManager::instance().dirtyDefine(define);
+    rebuildProgram();
+    relinkChain();
+}
+
+void CKVPostProcessNode::setColorGradingEnabled(bool enabled)
+{
+    // The table exists from the first time grading is on, so that a table
+    // image set later has a texture to go to.
+    if (enabled)
+        mFinalPass->createLUT();
+    switchEffect(mColorGradingEnabled, enabled, "_USE_COLOR_GRADING", false);
+}
+
+void CKVPostProcessNode::setDOFEnabled(bool enabled)
+{
+    switchEffect(mDOFEnabled, enabled, "_USE_DOF", false);
+}
+
+void CKVPostProcessNode::setVolumetricLightEnabled(bool enabled)
+{
+    switchEffect(mVolumetricLightEnabled, enabled, "_USE_VOLUMETRICLIGHT", true);
+}
+
+void CKVPostProcessNode::setSilhouetteEnabled(bool enabled)
+{
+    switchEffect(mSilhouetteEnabled, enabled, "_USE_SILHOUETTE", true);
+}
+
+void CKVPostProcessNode::setTAAEnabled(bool enabled)
+{
+    // Motion vectors need their target before the first frame with them.
+    if (enabled && !mTargets->getVelocityTexture())
+    {
+        mTargets->createVelocity(*this);
+        mDrawBufferSelect->setVelocityAttached(true);
+    }
+    switchEffect(mTAAEnabled, enabled, "_USE_TAA", true);
+}
+
+void CKVPostProcessNode::applyRenderStyle(int style)
+{
+    setSilhouetteEnabled(style != 0);
+    osg::StateSet* stateSet = getOrCreateStateSet();
+    if (style == 2)
+        stateSet->setDefine(kWhiteColorDefine, osg::StateAttribute::ON);
+    else
+        stateSet->removeDefine(kWhiteColorDefine);
+    CKVProgramManager::instance().dirtyDefine(kWhiteColorDefine);
+}
+
+bool CKVPostProcessNode::setColorGrading(std::string const& imagePath)
+{
+    return mFinalPass->setLUTImage(imagePath);
+}
+
+void CKVPostProcessNode::setGenerator(osg::ref_ptr<CKVFullScreenGenerator>& slot, CKVFullScreenGenerator* generator)
+{
+    slot = generator;
+    relinkChain();
+}
+
+void CKVPostProcessNode::setSilhouetteGenerator(CKVFullScreenGenerator* generator)
+{
+    setGenerator(mSilhouetteGenerator, generator);
+}
+
+void CKVPostProcessNode::setTAAGenerator(CKVFullScreenGenerator* generator)
+{
+    setGenerator(mTAAGenerator, generator);
+}
+
+void CKVPostProcessNode::setVolumetricLightGenerator(CKVFullScreenGenerator* generator)
+{
+    setGenerator(mVolumetricLightGenerator, generator);
+}
+
+void CKVPostProcessNode::setDOFGenerator(CKVFullScreenGenerator* generator)
+{
+    setGenerator(mDOFGenerator, generator);
+}
+
+void CKVPostProcessNode::relinkChain()
+{
+    mActive = mTAAEnabled || mSilhouetteEnabled || mVolumetricLightEnabled || mColorGradingEnabled || mDOFEnabled;
+    CKVEffectChain::Stage const stages[CKVEffectChain::kStageCount] = {
+        {mSilhouetteGenerator.get(), mSilhouetteEnabled},
+        {mTAAGenerator.get(), mTAAEnabled},
+        {mVolumetricLightGenerator.get(), mVolumetricLightEnabled},
+        {mDOFGenerator.get(), mDOFEnabled},
+    };
+    mFinalPass->setInput(CKVEffectChain::link(stages, mTargets->getColorTexture()));
+}
+
+void CKVPostProcessNode::rebuildProgram()
+{
+    mFinalPass->rebuildProgram(getOrCreateStateSet());
 }
 
 osg::Node* CKVPostProcessNode::osgNodeOf(CKVSceneNode* node)
@@ -119,6 +273,12 @@ void CKVPostProcessNode::resize(int width, int height)
 {
     if (width == 0 || height == 0)
         return;
+    for (CKVFullScreenGenerator* generator :
+         {mSilhouetteGenerator.get(), mTAAGenerator.get(), mVolumetricLightGenerator.get(), mDOFGenerator.get()})
+    {
+        if (generator)
+            generator->resize(width, height);
+    }
     osg::Camera::resize(width, height, osg::Camera::RESIZE_VIEWPORT | osg::Camera::RESIZE_ATTACHMENTS);
 }
 
@@ -140,21 +300,97 @@ void CKVPostProcessNode::clampNearFar(osgUtil::CullVisitor& cullVisitor)
         if (cullVisitor.clampProjectionMatrix(*projection, zNear, zFar))
             mNearFarUniform->set(osg::Vec2f(static_cast<float>(zNear), static_cast<float>(zFar)));
     }
+    if (mTAAEnabled)
+        if (osg::Viewport const* viewport = cullVisitor.getViewport())
+            mHistory.applyJitter(*projection, *viewport);
     // Stored every frame, clamped or not: turning a depth read back from
     // this frame into a position needs the projection it was drawn with.
     if (mMainCamera.valid())
         mMainCamera->setCullProjection(*projection);
+
+    osg::Matrixf const view(*modelView);
+    osg::Matrixf const projectionF(*projection);
+    // Only anti-aliasing reads last frame's matrices from the block; the
+    // matrices are kept either way, so switching it on starts from the
+    // right history.
+    mHistory.writeAndAdvance(view, projectionF, mTAAEnabled);
+}
+
+void CKVPostProcessNode::updateSunOnScreen()
+{
+    if (!mMainCamera.valid() || !mMainCamera->getViewport())
+        return;
+    osg::Viewport const& viewport = *mMainCamera->getViewport();
+    // Rotation only: the sun is a direction, infinitely far away.
+    osg::Matrixd view = mMainCamera->getViewMatrix();
+    view.setTrans(0.0, 0.0, 0.0);
+    osg::Matrixd const toWindow = view * mMainCamera->getProjectionMatrix() * viewport.computeWindowMatrix();
+    osg::Vec3d const onWindow = osg::Vec3d(mLightPosition) * toWindow;
+    mLightPositionScreenUniform->set(osg::Vec2f(static_cast<float>(onWindow.x() / viewport.width()),
+                                                static_cast<float>(onWindow.y() / viewport.height())));
 }
 
 void CKVPostProcessNode::accept(osg::NodeVisitor& visitor)
 {
-    if (osgUtil::CullVisitor* cullVisitor = visitor.asCullVisitor())
+    osgUtil::CullVisitor* cullVisitor = visitor.asCullVisitor();
+    if (cullVisitor) {
         clampNearFar(*cullVisitor);
+        if (mVolumetricLightEnabled)
+            updateSunOnScreen();
+    }
 
+    if (mActive && cullVisitor) {
+        // The scene into the targets: this node as a pre-render camera.
+        if (visitor.validNodeMask(*this)) {
+            visitor.pushOntoNodePath(this);
+            cullVisitor->apply(static_cast<osg::Camera&>(*this));
+            visitor.popFromNodePath();
+        }
+        CKVFullScreenGenerator* const chain[] = {mSilhouetteEnabled ? mSilhouetteGenerator.get() : nullptr,
+                                                 mTAAEnabled ? mTAAGenerator.get() : nullptr,
+                                                 mVolumetricLightEnabled ? mVolumetricLightGenerator.get() : nullptr,
+                                                 mDOFEnabled ? mDOFGenerator.get() : nullptr};
+        for (CKVFullScreenGenerator* generator : chain) {
+            if (!generator)
+                continue;
+            cullVisitor->pushStateSet(getOrCreateStateSet());
+            generator->accept(visitor);
+            cullVisitor->popStateSet();
+        }
+        // Lands in the main camera's own stage, after every pre-render one.
+        mFinalPass->getQuad()->accept(visitor);
+        return;
+    }
     // No effect is on: the scene goes as an ordinary group into the stage
     // of the main camera, and the targets of the scene pass stay unused.
-    if (!mActive)
-        osg::Group::accept(visitor);
+    // Other visitors always see a group: an intersection visitor would take
+    // this node's own (identity) projection and viewport for the window's.
+    osg::Group::accept(visitor);
+}
+
+void CKVPostProcessNode::releaseGLObjects(osg::State* state) const
+{
+    osg::Camera::releaseGLObjects(state);
+    for (CKVFullScreenGenerator const* generator :
+         {mSilhouetteGenerator.get(), mTAAGenerator.get(), mVolumetricLightGenerator.get(), mDOFGenerator.get()})
+    {
+        if (generator)
+            generator->releaseGLObjects(state);
+    }
+    mFinalPass->getQuad()->releaseGLObjects(state);
+    mDrawBufferGeode->releaseGLObjects(state);
+    for (auto const& entry : getBufferAttachmentMap())
+    {
+        if (entry.second._texture.valid())
+            entry.second._texture->releaseGLObjects(state);
+    }
+}
+
+void CKVPostProcessNode::traverse(osg::NodeVisitor& visitor)
+{
+    if (mActive && visitor.asCullVisitor())
+        mDrawBufferGeode->accept(visitor);
+    osg::Camera::traverse(visitor);
 }
 
 } // namespace Kelvor

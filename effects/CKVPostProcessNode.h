@@ -1,14 +1,20 @@
 #pragma once
 
+#include "effects/CKVFrameHistory.h"
+
 #include "TarnwickCommon/kv_shared_ptr.h"
 #include "TarnwickRender/CKVSceneNode.h"
 
 #include <osg/Array>
 #include <osg/Camera>
 #include <osg/Group>
+#include <osg/Program>
+#include <osg/Texture2D>
 #include <osg/Uniform>
 #include <osg/Vec3f>
 
+#include <memory>
+#include <string>
 #include <vector>
 
 namespace osgUtil {
@@ -17,18 +23,25 @@ class CullVisitor;
 
 namespace Kelvor {
 
+class CBGGeode;
+class CKVDrawBufferSelect;
+class CKVFinalPass;
+class CKVFullScreenGenerator;
 class CKVOSGCamera;
+class CKVSceneRenderTargets;
 
 // The root of everything the backend draws. When a full-screen effect is on
-// it renders the scene into its own targets and feeds them through the effect
-// chain; with every effect off it steps aside and the scene is culled as a
-// plain group straight into the window. It also clamps the frame's near and
-// far planes to what the scene really spans.
+// it renders the scene into its own targets (a pre-render pass), hands them
+// through the effect chain and shows the result with a full-screen triangle
+// in the main camera; with every effect off it steps aside and the scene is
+// culled as a plain group straight into the window. It also clamps the
+// frame's near and far planes to what the scene really spans, keeps last
+// frame's matrices, and finds the sun on the screen.
 class CKVPostProcessNode : public osg::Camera
 {
 public:
     // `cameraInfo` is the CameraInfo block's array; `samples` the window's
-    // multisample count, which the scene targets will share.
+    // multisample count, which the scene targets share.
     CKVPostProcessNode(CKVOSGCamera* mainCamera, osg::FloatArray* cameraInfo, int samples);
 
     char const* libraryName() const override { return "kvosg"; }
@@ -43,24 +56,84 @@ public:
     bool removeSceneNode(CKVSceneNode* node);
     unsigned int getNumSceneNodes() const { return static_cast<unsigned int>(mSceneNodes.size()); }
 
-    // Follows the window; a zero size is ignored.
+    // Effect switches. Each acts only on a change: it sets or removes its
+    // define on this node's state set, has the shaders that write an extra
+    // output for it recompiled, rebuilds the final program and relinks.
+    void setColorGradingEnabled(bool enabled);
+    void setDOFEnabled(bool enabled);
+    void setVolumetricLightEnabled(bool enabled);
+    void setSilhouetteEnabled(bool enabled);
+    // Needs jitter samples first (setJitterSamples) for the jitter to move.
+    void setTAAEnabled(bool enabled);
+    bool getColorGradingEnabled() const { return mColorGradingEnabled; }
+    bool getDOFEnabled() const { return mDOFEnabled; }
+    bool getVolumetricLightEnabled() const { return mVolumetricLightEnabled; }
+    bool getSilhouetteEnabled() const { return mSilhouetteEnabled; }
+    bool getTAAEnabled() const { return mTAAEnabled; }
+    // True when at least one full-screen effect is on.
+    bool isActive() const { return mActive; }
+
+    // Render styles 0 to 3: edges off; edges; edges on a white model; edges
+    // only. The edge-only part reaches the edge effect once it exists.
+    void applyRenderStyle(int style);
+
+    // Reads a grading table image into the table. False, with the old table
+    // kept, before grading was first switched on or when the image cannot
+    // be read.
+    bool setColorGrading(std::string const& imagePath);
+
+    // The full-screen effects in chain order. A generator joins here when it
+    // is made; the chain is relinked at once.
+    void setSilhouetteGenerator(CKVFullScreenGenerator* generator);
+    void setTAAGenerator(CKVFullScreenGenerator* generator);
+    void setVolumetricLightGenerator(CKVFullScreenGenerator* generator);
+    void setDOFGenerator(CKVFullScreenGenerator* generator);
+    CKVFullScreenGenerator* getSilhouetteGenerator() const { return mSilhouetteGenerator.get(); }
+    CKVFullScreenGenerator* getTAAGenerator() const { return mTAAGenerator.get(); }
+    CKVFullScreenGenerator* getVolumetricLightGenerator() const { return mVolumetricLightGenerator.get(); }
+    CKVFullScreenGenerator* getDOFGenerator() const { return mDOFGenerator.get(); }
+
+    // Points each effect at its input and the final pass at the last result.
+    void relinkChain();
+    // Writes this node's defines that the final pass listens to into its
+    // source, when they changed (for instance the shadow define).
+    void rebuildProgram();
+
+    // Follows the window: the effects, then viewport and targets. A zero
+    // size is ignored.
     void resize(int width, int height);
 
     // Unit vector towards the sun.
     void setLightPosition(osg::Vec3f const& position) { mLightPosition = position; }
     osg::Vec3f const& getLightPosition() const { return mLightPosition; }
+    // Sub-pixel offsets in pixels for anti-aliasing.
+    void setJitterSamples(std::vector<osg::Vec2d> const& samples) { mHistory.setJitterSamples(samples); }
+    CKVFrameHistory const& getFrameHistory() const { return mHistory; }
 
-    // True when at least one full-screen effect is on.
-    bool isActive() const { return mActive; }
+    osg::Texture2D* getColorTexture() const;
+    osg::Texture2D* getVelocityTexture() const;
+    osg::Texture2D* getSilhouetteTexture() const;
+    osg::Texture2D* getVolumetricLightTexture() const;
+    osg::Texture2D* getDepthTexture() const;
+    CBGGeode* getQuad() const;
+    osg::Program* getProgram() const;
+    std::string const& getDefinesText() const;
+    bool isLUTCreated() const;
+    osg::Texture2D* getLUTTexture() const;
 
     // Parent of the background node that the GIS camera draws.
     osg::Group* getGISGroup() { return mGISGroup.get(); }
     osg::Uniform* getNearFarUniform() { return mNearFarUniform.get(); }
+    osg::Uniform* getLightPositionScreenUniform() { return mLightPositionScreenUniform.get(); }
     CKVOSGCamera* getMainCamera() { return mMainCamera.get(); }
     osg::FloatArray* getCameraInfo() { return mCameraInfo.get(); }
     int getSamples() const { return mSamples; }
 
     void accept(osg::NodeVisitor& visitor) override;
+    void traverse(osg::NodeVisitor& visitor) override;
+    // Also reaches what is not among the children: the effects, the final
+    // triangle, the targets.
+    void releaseGLObjects(osg::State* state = nullptr) const override;
 
 protected:
     ~CKVPostProcessNode() override;
@@ -72,12 +145,32 @@ private:
 
     void copyMainCameraSettings();
     void clampNearFar(osgUtil::CullVisitor& cullVisitor);
+    void updateSunOnScreen();
+    // Sets or removes the define, tells the program manager when shaders
+    // write an output for it, then rebuilds and relinks.
+    void switchEffect(bool& flag, bool enabled, char const* define, bool recompileSurfaces);
+    void setGenerator(osg::ref_ptr<CKVFullScreenGenerator>& slot, CKVFullScreenGenerator* generator);
 
     osg::ref_ptr<CKVOSGCamera> mMainCamera;
     osg::ref_ptr<osg::FloatArray> mCameraInfo;
     osg::Vec3f mLightPosition;
     osg::ref_ptr<osg::Uniform> mNearFarUniform;
+    std::unique_ptr<CKVSceneRenderTargets> mTargets;
+    std::unique_ptr<CKVFinalPass> mFinalPass;
+    osg::ref_ptr<CBGGeode> mDrawBufferGeode;
+    osg::ref_ptr<CKVDrawBufferSelect> mDrawBufferSelect;
     bool mActive = false;
+    bool mTAAEnabled = false;
+    osg::ref_ptr<CKVFullScreenGenerator> mTAAGenerator;
+    CKVFrameHistory mHistory;
+    bool mSilhouetteEnabled = false;
+    osg::ref_ptr<CKVFullScreenGenerator> mSilhouetteGenerator;
+    bool mVolumetricLightEnabled = false;
+    osg::ref_ptr<osg::Uniform> mLightPositionScreenUniform;
+    osg::ref_ptr<CKVFullScreenGenerator> mVolumetricLightGenerator;
+    bool mDOFEnabled = false;
+    osg::ref_ptr<CKVFullScreenGenerator> mDOFGenerator;
+    bool mColorGradingEnabled = false;
     std::vector<kv_shared_ptr<CKVSceneNode>> mSceneNodes;
     osg::ref_ptr<osg::Group> mGISGroup;
     // The window's multisample count, shared by the scene targets.

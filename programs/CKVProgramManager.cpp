@@ -1,6 +1,7 @@
 #include "programs/CKVProgramManager.h"
 
 #include "programs/CKVProgramKinds.h"
+#include "programs/KVShaderSource.h"
 
 #include <osg/Shader>
 
@@ -14,6 +15,9 @@ namespace {
 int const kNodeParams[] = {1, 128, 1024, 2048, 8192, 4096};
 
 char const* const kPBRDefine = "_USE_PBR";
+
+char const* const kPostProcessVertex = "postprocess.vert";
+char const* const kPostProcessFragment = "postprocess.frag";
 
 } // namespace
 
@@ -90,6 +94,33 @@ void CKVProgramManager::dirtyDefine(std::string const& name)
                 shader->dirtyShader();
         }
     }
+}
+
+char const* CKVProgramManager::getPostProcessFragmentBody()
+{
+    return KVShaderSource::get(kPostProcessFragment);
+}
+
+osg::ref_ptr<osg::Program> CKVProgramManager::createPostProcessProgram(std::set<std::string> const& defines) const
+{
+    char const* vertex = KVShaderSource::get(kPostProcessVertex);
+    char const* fragment = getPostProcessFragmentBody();
+    if (!vertex || !fragment)
+        return nullptr;
+
+    osg::ref_ptr<osg::Program> program = new osg::Program;
+    program->setName("PostProcessProgram");
+    // The fragment source starts without defines; its owner writes them in.
+    osg::ref_ptr<osg::Shader> shaders[] = {
+        new osg::Shader(osg::Shader::VERTEX, std::string(CKVProgramKinds::kPrefixV) + vertex),
+        new osg::Shader(osg::Shader::FRAGMENT, std::string(CKVProgramKinds::kPrefixV) + fragment)};
+    for (osg::ref_ptr<osg::Shader> const& shader : shaders)
+    {
+        shader->setShaderDefines(defines);
+        shader->setShaderDefinesMode(osg::Shader::USE_MANUAL_SETTINGS);
+        program->addShader(shader.get());
+    }
+    return program;
 }
 
 } // namespace Kelvor

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <map>
+#include <set>
 #include <string>
 
 namespace Kelvor {
@@ -44,6 +45,15 @@ public:
     void dirtyDefine(std::string const& name);
 
     std::size_t getCachedProgramCount() const { return mPrograms.size(); }
+
+    // The program of the final full-screen pass, outside the cache: its
+    // owner rewrites the fragment source (shader 1) whenever its switches
+    // change (KVDefineBlock), so the program cannot be shared. Both shaders
+    // list `defines` with manual define settings. Null when the sources are
+    // not built in.
+    osg::ref_ptr<osg::Program> createPostProcessProgram(std::set<std::string> const& defines) const;
+    // The fragment text of that program without version line or defines.
+    static char const* getPostProcessFragmentBody();
 
 protected:
     // Protected so that tests can make a private manager by derivation.
