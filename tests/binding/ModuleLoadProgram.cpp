@@ -5,12 +5,17 @@
 #include "TarnwickRender/CKVRenderCallback.h"
 #include "TarnwickRender/CKVRenderContext.h"
 #include "TarnwickRender/CKVSceneNode.h"
+#include "TarnwickStream/CKVModelIOManager.h"
 
 #include <osgDB/Registry>
 
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
 
 namespace Kelvor {
 namespace {
@@ -37,6 +42,27 @@ bool readerWriterPresent(char const* extension)
             return true;
     }
     return false;
+}
+
+// Looked up by key only: no importer object is touched, so this is safe
+// after the unload too.
+bool importerRegistered(char const* extension)
+{
+    std::vector<std::string> const keys = CKVModelIOManager::instance()->getExtensions();
+    return std::find(keys.begin(), keys.end(), extension) != keys.end();
+}
+
+char const* const kTileExtensions[] = {"osgb", ".osgb", "s3c", ".s3c", "lfp", ".lfp"};
+
+// The unload leaves the "lfp" and ".lfp" importer registered, as hosts
+// expect, but its code goes with the library: after the unload it must not
+// be called, and it must not be destroyed either, since its destructor is
+// that code too. A later load replaces the entry and would destroy it, so
+// the test keeps a reference of its own that it never gives back.
+void pinLfpImporter()
+{
+    kv_shared_ptr<CKVModelImportExport> importer = CKVModelIOManager::instance()->findImportExport("lfp");
+    importer.detach();
 }
 
 bool isLoaded()
@@ -68,6 +94,8 @@ TEST(ModuleLoadTest, LoadRegistersAndUnloadRemoves)
     EXPECT_FALSE(imageReadersBefore);
     EXPECT_TRUE(readerWriterPresent("jpeg"));
     EXPECT_TRUE(readerWriterPresent("png"));
+    for (char const* extension : kTileExtensions)
+        EXPECT_TRUE(importerRegistered(extension)) << extension;
 
     // The exported entry answers as the host's table does for null.
     using InitFn = bool (*)();
@@ -79,6 +107,7 @@ TEST(ModuleLoadTest, LoadRegistersAndUnloadRemoves)
     // A context the host never destroyed goes with the library.
     ASSERT_NE(CKVRenderCallback::createRenderContext(-1), nullptr);
 
+    pinLfpImporter();
     ASSERT_EQ(dlclose(library), 0);
     // A library marked unloadable (GNU unique symbols do that) would keep
     // its factories registered: it must really be gone.
@@ -90,6 +119,10 @@ TEST(ModuleLoadTest, LoadRegistersAndUnloadRemoves)
     EXPECT_FALSE(CKVRenderCallback::destroyRenderContext(none));
     EXPECT_EQ(CKVRuntimeClass::find("CKVRenderContextX11Imp"), nullptr);
     EXPECT_EQ(CKVRuntimeClass::find("CKVRCDispatchAttachSceneData"), nullptr);
+    for (char const* extension : {"osgb", ".osgb", "s3c", ".s3c"})
+        EXPECT_FALSE(importerRegistered(extension)) << extension;
+    EXPECT_TRUE(importerRegistered("lfp"));
+    EXPECT_TRUE(importerRegistered(".lfp"));
 }
 
 TEST(ModuleLoadTest, ASecondLoadStartsAfresh)
@@ -98,7 +131,10 @@ TEST(ModuleLoadTest, ASecondLoadStartsAfresh)
         void* library = dlopen(TARNWICK_OSG_LIBRARY, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(library, nullptr) << dlerror();
         EXPECT_TRUE(contextFactoriesWork()) << "round " << round;
+        EXPECT_TRUE(importerRegistered(".osgb")) << "round " << round;
+        pinLfpImporter();
         ASSERT_EQ(dlclose(library), 0);
+        EXPECT_FALSE(importerRegistered(".osgb")) << "round " << round;
         EXPECT_EQ(CKVRenderCallback::createRenderContext(-1), nullptr) << "round " << round;
     }
 }
