@@ -5,6 +5,8 @@
 #include "binding/CKVRenderContextRegistry.h"
 #include "binding/CKVRenderContextX11Imp.h"
 #include "binding/KVRenderCommandDispatchFactory.h"
+#include "fbx/CKVFBXAnimationImp.h"
+#include "fbx/ReaderWriterFBX.h"
 
 #include "TarnwickCommon/kv_shared_ptr.h"
 #include "TarnwickRender/CKVRenderCallback.h"
@@ -29,6 +31,7 @@ kv_shared_ptr<CKVRegCallbackFunction>& registration()
 
 void CKVModuleStartup::registerFbxReaderWriter()
 {
+    ReaderWriterFBX::registerWithRegistry();
 }
 
 void CKVModuleStartup::registerImageReaderWriters()
@@ -45,7 +48,7 @@ void CKVModuleStartup::staticInitialise()
     if (gStaticallyInitialised)
         return;
     gStaticallyInitialised = true;
-    // The FBX animation record comes first once that class lands.
+    CKVFBXAnimationImp::desc();
     registerFbxReaderWriter();
     registerImageReaderWriters();
     // The other classes' records come with them as they land.

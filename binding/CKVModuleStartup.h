@@ -22,8 +22,8 @@ public:
     static bool isLoaded();
 
 private:
-    // The FBX reader-writer is our own and lands with the FBX library;
-    // Debian has no FBX plugin to stand in for it.
+    // The FBX reader-writer is our own (on assimp); Debian has no FBX
+    // plugin to stand in for it.
     static void registerFbxReaderWriter();
     // JPEG and PNG are there before the first file is read, so that captures
     // and textures never wait for a plugin search.

@@ -1,13 +1,19 @@
 #include "binding/CKVRegCallbackFunction.h"
 
 #include "binding/KVRenderCommandDispatchFactory.h"
+#include "fbx/CKVFBXAnimationImp.h"
+#include "models/CKVLfpImport.h"
+#include "models/CKVOSGBImport.h"
+#include "models/CKVS3CImport.h"
 #include "scene/CKVBufferGeometryImp.h"
 #include "scene/CKVSceneNodeImp.h"
+#include "scene/CKVTextGeometryImp.h"
 #include "scene/CKVUniformImp.h"
 #include "scene/CKVVertexBufferAttributeImp.h"
 #include "scene/CKVVertexIndexImp.h"
 
 #include "TarnwickRender/CKVRenderCallback.h"
+#include "TarnwickStream/CKVModelIOManager.h"
 
 namespace Kelvor {
 
@@ -20,13 +26,28 @@ CKVRegCallbackFunction::CKVRegCallbackFunction()
     CKVRenderCallback::regCreateVertexBufferAttribute(&createVertexBufferAttributeImp);
     CKVRenderCallback::regCreateVertexIndex(&createVertexIndexImp);
     CKVRenderCallback::regCreateBufferGeometry(&createBufferGeometryImp);
-    // regCreateTextGeometery: with CKVTextGeometryImp.
+    CKVRenderCallback::regCreateTextGeometery(&createTextGeometryImp);
     CKVRenderCallback::regCreateUniform(&createUniformImp);
     CKVRenderCallback::regCreateSceneNode(&createSceneNodeImp);
-    // regCreateAnimationResource: with CKVFBXAnimationImp.
+    CKVRenderCallback::regCreateAnimationResource(&createAnimationResourceImp);
     CKVRenderCallback::regCreateRenderCommandDispatch(&createRenderCommandDispatch);
-    // Then the importers under "osgb"/".osgb", "s3c"/".s3c" and "lfp"/".lfp",
-    // each held by a local reference only while it is registered twice.
+    // Each importer is held here only while it is registered under both of
+    // its keys; from then on the host's registry keeps it alive.
+    {
+        kv_shared_ptr<CKVModelImportExport> importer(new CKVOSGBImport);
+        CKVModelIOManager::instance()->addImportExport("osgb", importer.get());
+        CKVModelIOManager::instance()->addImportExport(".osgb", importer.get());
+    }
+    {
+        kv_shared_ptr<CKVModelImportExport> importer(new CKVS3CImport);
+        CKVModelIOManager::instance()->addImportExport("s3c", importer.get());
+        CKVModelIOManager::instance()->addImportExport(".s3c", importer.get());
+    }
+    {
+        kv_shared_ptr<CKVModelImportExport> importer(new CKVLfpImport);
+        CKVModelIOManager::instance()->addImportExport("lfp", importer.get());
+        CKVModelIOManager::instance()->addImportExport(".lfp", importer.get());
+    }
 }
 
 CKVRegCallbackFunction::~CKVRegCallbackFunction()
@@ -39,8 +60,11 @@ CKVRegCallbackFunction::~CKVRegCallbackFunction()
     CKVRenderCallback::unregCreateSceneNode();
     CKVRenderCallback::unregCreateAnimationResource();
     CKVRenderCallback::unregCreateRenderCommandDispatch();
-    // Then removeImportExport for "osgb", ".osgb", "s3c" and ".s3c"; "lfp"
-    // and ".lfp" stay registered, which hosts rely on.
+    CKVModelIOManager::instance()->removeImportExport("osgb");
+    CKVModelIOManager::instance()->removeImportExport(".osgb");
+    CKVModelIOManager::instance()->removeImportExport("s3c");
+    CKVModelIOManager::instance()->removeImportExport(".s3c");
+    // "lfp" and ".lfp" stay registered, which hosts rely on.
 }
 
 } // namespace Kelvor

@@ -88,6 +88,18 @@ std::vector<Kind> makeKinds()
            CKVProgramKinds::kListens},
           reflectedFS},
          reflectedInstancedDefines},
+        // Sky box: both stages listen to the same list.
+        {9,
+         {{VS, CKVProgramKinds::kVersion, {"blocks", "background_skybox.vert"}, CKVProgramKinds::kListens},
+          {FS, CKVProgramKinds::kVersion, {"blocks", "background_skybox.frag"}, CKVProgramKinds::kListens}},
+         {TAA, VOL, ATM, RAN, SIL, WHT}},
+        // Text keeps the pragma mode; its list adds the text library's own
+        // defines, which the list given here would otherwise replace.
+        {13,
+         {{VS, CKVProgramKinds::kVersion, {"blocks", "text.vert"}, CKVProgramKinds::kListensPragma},
+          {FS, CKVProgramKinds::kVersion, {"frame_outputs", "text.frag"}, CKVProgramKinds::kListensPragma}},
+         {TAA, SIL, VOL, CLP, "BACKDROP_COLOR", "SHADOW", "OUTLINE", "SIGNED_DISTANCE_FIELD",
+          "TEXTURE_DIMENSION", "GLYPH_DIMENSION"}},
         {20, {depthVS, depthEmptyFS}, {CLP}},
         {21, {depthInstancedVS, depthEmptyFS}, {CLP}},
         {23, {depthVS, depthClipFS}, {ANI, CLP}},

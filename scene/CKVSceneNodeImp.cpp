@@ -2,6 +2,7 @@
 
 #include "scene/CKVBufferGeometryImp.h"
 #include "scene/CKVOSGGeometry.h"
+#include "scene/CKVTextGeometryImp.h"
 #include "scene/CKVUniformImp.h"
 
 #include "TarnwickRender/CKVGroupObject.h"
@@ -85,7 +86,8 @@ osg::Node* CKVSceneNodeImp::getRenderObjectOSGNode(CKVRenderObject* object) cons
         return nullptr;
     if (object->isKindOf(CKVBufferGeometryImp::desc()))
         return static_cast<CKVBufferGeometryImp*>(object)->getOSGGeometry();
-    // CKVTextGeometryImp gives its CKVOSGText2D here once text lands.
+    if (object->isKindOf(CKVTextGeometryImp::desc()))
+        return static_cast<CKVTextGeometryImp*>(object)->getOSGText();
     if (object->isKindOf(CKVGroupObject::desc()))
         return transformNodeOf(static_cast<CKVGroupObject*>(object)->getNodeObject());
     return nullptr;
