@@ -1,0 +1,37 @@
+#pragma once
+
+#include <array>
+#include <string>
+
+namespace Kelvor {
+
+// What the command line asked the viewer for. Defaults describe a plain
+// interactive session on the default model.
+struct ViewOptions
+{
+    enum class Background { kDefault, kColour, kGradient, kSky };
+
+    // Empty: the default model (the FZK-Haus sample when installed).
+    std::string modelPath;
+    // The built-in building even when the sample is installed.
+    bool builtIn = false;
+    // Non-empty: render one picture into this file and exit.
+    std::string capturePath;
+    int width = 1024;
+    int height = 768;
+
+    // A named view ("iso", "front", ...), or an explicit eye and target.
+    std::string viewName = "iso";
+    bool hasCamera = false;
+    std::array<double, 3> eye{};
+    std::array<double, 3> target{};
+
+    // -1 leaves the render configuration's own style.
+    int style = -1;
+    Background background = Background::kDefault;
+    std::array<double, 3> backgroundColour{};
+    bool fog = false;
+    bool help = false;
+};
+
+} // namespace Kelvor

@@ -1,0 +1,142 @@
+#include "apps/view/ViewRenderSettings.h"
+
+namespace Kelvor {
+
+namespace {
+
+// A bright, slightly blue grey: buildings in white and grey stay readable
+// against it, and glass does not vanish into it.
+CKVPoint3D const kDefaultGrey(0.78, 0.82, 0.87);
+CKVPoint3D const kWhite(1.0, 1.0, 1.0);
+CKVPoint3D const kGradientTop(0.42, 0.6, 0.85);
+CKVPoint3D const kGradientBottom(0.9, 0.92, 0.95);
+
+constexpr int kBackgroundCount = 4;
+char const* const kBackgroundNames[kBackgroundCount] = {"grey", "white", "gradient", "sky"};
+
+// Fog thick enough to show on a house seen from 30-60 m.
+constexpr float kViewerFogDensity = 0.01f;
+
+char const* onOff(bool on)
+{
+    return on ? "on" : "off";
+}
+
+} // namespace
+
+ViewRenderSettings::ViewRenderSettings()
+{
+    setBackground(0);
+}
+
+ViewRenderSettings::ViewRenderSettings(ViewOptions const& options)
+{
+    setBackground(0);
+    if (options.style >= 0)
+        mConfig.setRenderStyle(static_cast<CKVRenderConfig::RenderStyle>(options.style));
+    switch (options.background) {
+    case ViewOptions::Background::kDefault:
+        break;
+    case ViewOptions::Background::kColour: {
+        CKVBackGroundConfig background = mConfig.getBackGroundConfig();
+        background.setBackGroundType(CKVBackGroundConfig::kSolidColor);
+        background.setBackGroundColor(
+            CKVPoint3D(options.backgroundColour[0], options.backgroundColour[1], options.backgroundColour[2]));
+        mConfig.setBackGroundConfig(background);
+        break;
+    }
+    case ViewOptions::Background::kGradient:
+        setBackground(2);
+        break;
+    case ViewOptions::Background::kSky:
+        setBackground(3);
+        break;
+    }
+    if (options.fog) {
+        mConfig.setFogUse(true);
+        mConfig.setFogDensity(kViewerFogDensity);
+    }
+}
+
+char const* ViewRenderSettings::styleName(CKVRenderConfig::RenderStyle style)
+{
+    switch (style) {
+    case CKVRenderConfig::kShaded:
+        return "shaded";
+    case CKVRenderConfig::kShadedWithEdges:
+        return "shaded with edges";
+    case CKVRenderConfig::kWhiteModelWithEdges:
+        return "white model with edges";
+    case CKVRenderConfig::kEdgesOnly:
+        return "edges only";
+    }
+    return "unknown";
+}
+
+void ViewRenderSettings::setBackground(int index)
+{
+    mBackground = index;
+    CKVBackGroundConfig background = mConfig.getBackGroundConfig();
+    switch (index) {
+    case 0:
+    case 1:
+        background.setBackGroundType(CKVBackGroundConfig::kSolidColor);
+        background.setBackGroundColor(index == 0 ? kDefaultGrey : kWhite);
+        mConfig.setAtmosphericScattteringUse(false);
+        break;
+    case 2:
+        background.setBackGroundType(CKVBackGroundConfig::kGradient);
+        background.setGradientBackGround(kGradientTop, kGradientBottom);
+        mConfig.setAtmosphericScattteringUse(false);
+        break;
+    default:
+        // The sky is drawn by the atmosphere, which has to be on for it.
+        background.setBackGroundType(CKVBackGroundConfig::kAtmosphere);
+        mConfig.setAtmosphericScattteringUse(true);
+        break;
+    }
+    mConfig.setBackGroundConfig(background);
+}
+
+std::string ViewRenderSettings::nextStyle()
+{
+    int const next = (static_cast<int>(mConfig.getRenderStyle()) + 1) % 4;
+    mConfig.setRenderStyle(static_cast<CKVRenderConfig::RenderStyle>(next));
+    return std::string("style: ") + styleName(mConfig.getRenderStyle());
+}
+
+std::string ViewRenderSettings::nextBackground()
+{
+    setBackground((mBackground + 1) % kBackgroundCount);
+    return std::string("background: ") + kBackgroundNames[mBackground];
+}
+
+std::string ViewRenderSettings::toggleFog()
+{
+    mConfig.setFogUse(!mConfig.getFogUse());
+    if (mConfig.getFogUse())
+        mConfig.setFogDensity(kViewerFogDensity);
+    return std::string("fog: ") + onOff(mConfig.getFogUse());
+}
+
+std::string ViewRenderSettings::toggleShadows()
+{
+    bool const on = mConfig.getShadowLevel() == CKVRenderConfig::kLevelOff;
+    mConfig.setShadowLevel(on ? CKVRenderConfig::kLevelMedium : CKVRenderConfig::kLevelOff);
+    return std::string("shadows: ") + onOff(on);
+}
+
+std::string ViewRenderSettings::toggleAmbientOcclusion()
+{
+    bool const on = mConfig.getSSAOLevel() == CKVRenderConfig::kLevelOff;
+    mConfig.setSSAOLevel(on ? CKVRenderConfig::kLevelMedium : CKVRenderConfig::kLevelOff);
+    return std::string("ambient occlusion: ") + onOff(on);
+}
+
+std::string ViewRenderSettings::toggleAtmosphere()
+{
+    mConfig.setAtmosphericScattteringUse(!mConfig.getAtmosphericScattteringUse());
+    return std::string("atmosphere: ") + onOff(mConfig.getAtmosphericScattteringUse());
+}
+
+} // namespace Kelvor

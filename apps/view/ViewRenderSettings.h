@@ -1,0 +1,40 @@
+#pragma once
+
+#include "apps/view/ViewOptions.h"
+#include "TarnwickRender/CKVRenderConfig.h"
+
+#include <string>
+
+namespace Kelvor {
+
+// The viewer's render configuration: built from the command line, then
+// changed one switch at a time by keys. Each change returns a short text
+// for the status line; the caller sends the new configuration to the
+// render context.
+class ViewRenderSettings
+{
+public:
+    ViewRenderSettings();
+    explicit ViewRenderSettings(ViewOptions const& options);
+
+    CKVRenderConfig const& getConfig() const { return mConfig; }
+
+    // Shaded -> shaded with edges -> white with edges -> edges only -> ...
+    std::string nextStyle();
+    // Default grey -> white -> gradient -> sky -> ...
+    std::string nextBackground();
+    std::string toggleFog();
+    std::string toggleShadows();
+    std::string toggleAmbientOcclusion();
+    std::string toggleAtmosphere();
+
+    static char const* styleName(CKVRenderConfig::RenderStyle style);
+
+private:
+    void setBackground(int index);
+
+    CKVRenderConfig mConfig;
+    int mBackground = 0;
+};
+
+} // namespace Kelvor

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "TarnwickRender/CKVWindowDataX11.h"
+
+#include <X11/Xlib.h>
+
+#include <functional>
+#include <string>
+
+namespace Kelvor {
+
+// The viewer's own X window, made as a host application makes one: a
+// double-buffered GLX visual with depth and stencil, mapped, with the input
+// events selected on the viewer's connection. The render context attaches
+// to it through the window data and draws into it from its own connection.
+class ViewWindow
+{
+public:
+    explicit ViewWindow(Display* display);
+    ~ViewWindow();
+
+    ViewWindow(ViewWindow const&) = delete;
+    ViewWindow& operator=(ViewWindow const&) = delete;
+
+    // False with `error` set when no suitable visual or window can be made.
+    bool create(int width, int height, std::string const& title, std::string& error);
+    void destroy();
+
+    CKVWindowDataX11 const& getWindowData() const { return mData; }
+    int getWidth() const { return mWidth; }
+    int getHeight() const { return mHeight; }
+
+    // Hands each pending event to `handle`; size changes are tracked first.
+    // False once the user has closed the window.
+    bool pumpEvents(std::function<void(XEvent const&)> const& handle);
+    bool isClosed() const { return mClosed; }
+
+private:
+    Display* mDisplay;
+    Window mWindow = 0;
+    Colormap mColormap = 0;
+    Atom mDeleteMessage = 0;
+    int mWidth = 0;
+    int mHeight = 0;
+    bool mClosed = false;
+    CKVWindowDataX11 mData;
+};
+
+} // namespace Kelvor

@@ -1,0 +1,126 @@
+#include "apps/view/ViewKeyBindings.h"
+#include "apps/view/ViewOptionParser.h"
+#include "apps/view/ViewRenderSettings.h"
+
+#include "TarnwickRender/CKVEvent.h"
+
+#include <gtest/gtest.h>
+
+using namespace Kelvor;
+
+namespace {
+
+bool parse(std::vector<std::string> const& arguments, ViewOptions& options, std::string* error = nullptr)
+{
+    ViewOptionParser parser;
+    bool const ok = parser.parse(arguments, options);
+    if (error)
+        *error = parser.getError();
+    return ok;
+}
+
+} // namespace
+
+TEST(ViewOptionParserTest, SizesInsideTheLimitsAreTakenAndOthersRefusedWithoutChangingTheDefault)
+{
+    ViewOptions options;
+    ASSERT_TRUE(parse({"--size", "320x240"}, options));
+    EXPECT_EQ(options.width, 320);
+    EXPECT_EQ(options.height, 240);
+    ASSERT_TRUE(parse({"--size", "16X8192"}, options));
+    EXPECT_EQ(options.width, 16);
+    EXPECT_EQ(options.height, 8192);
+
+    for (char const* bad : {"0x0", "15x100", "100x8193", "100x", "x100", "100", "-5x10", "10x-5", "+20x20", "1e3x20",
+                            " 20x20", "20x20 ", "20x20x20", "axb", "99999999999x20", ""}) {
+        ViewOptions untouched;
+        std::string error;
+        EXPECT_FALSE(parse({"--size", bad}, untouched, &error)) << "'" << bad << "'";
+        EXPECT_NE(error.find("--size"), std::string::npos) << error;
+        EXPECT_EQ(untouched.width, 1024) << bad;
+        EXPECT_EQ(untouched.height, 768) << bad;
+    }
+}
+
+TEST(ViewOptionParserTest, CameraNeedsSixFiniteNumbersAndTwoDistinctPoints)
+{
+    ViewOptions options;
+    ASSERT_TRUE(parse({"--camera", "10,-20.5,3e1,0,0,1.5"}, options));
+    EXPECT_TRUE(options.hasCamera);
+    EXPECT_DOUBLE_EQ(options.eye[1], -20.5);
+    EXPECT_DOUBLE_EQ(options.eye[2], 30.0);
+    EXPECT_DOUBLE_EQ(options.target[2], 1.5);
+
+    for (char const* bad : {"1,2,3,4,5", "1,2,3,4,5,6,7", "1,2,,4,5,6", "1,2,3,4,5,", ",1,2,3,4,5", "1,2,3,4,5,nan",
+                            "1,2,3,inf,5,6", "1,2,3,4,5,6x", "1,2,3,1,2,3", "1;2;3;4;5;6"}) {
+        ViewOptions refused;
+        EXPECT_FALSE(parse({"--camera", bad}, refused)) << bad;
+        EXPECT_FALSE(refused.hasCamera) << bad;
+    }
+    ViewOptions both;
+    EXPECT_FALSE(parse({"--view", "top", "--camera", "1,2,3,4,5,6"}, both));
+    EXPECT_FALSE(parse({"--camera", "1,2,3,4,5,6", "--view", "top"}, both));
+}
+
+TEST(ViewOptionParserTest, ModelNamesAndRenderOptions)
+{
+    ViewOptions options;
+    ASSERT_TRUE(parse({"house.ifc", "--capture", "out.png", "--view", "front", "--style", "edges", "--background",
+                       "#FF8000", "--fog"},
+                      options));
+    EXPECT_EQ(options.modelPath, "house.ifc");
+    EXPECT_EQ(options.capturePath, "out.png");
+    EXPECT_EQ(options.viewName, "front");
+    EXPECT_EQ(options.style, CKVRenderConfig::kShadedWithEdges);
+    EXPECT_EQ(options.background, ViewOptions::Background::kColour);
+    EXPECT_DOUBLE_EQ(options.backgroundColour[0], 1.0);
+    EXPECT_NEAR(options.backgroundColour[1], 128.0 / 255.0, 1e-12);
+    EXPECT_DOUBLE_EQ(options.backgroundColour[2], 0.0);
+    EXPECT_TRUE(options.fog);
+
+    std::string error;
+    ViewOptions refused;
+    EXPECT_FALSE(parse({"a.ifc", "b.ifc"}, refused, &error));
+    EXPECT_NE(error.find("b.ifc"), std::string::npos);
+    EXPECT_FALSE(parse({"--capture"}, refused, &error));
+    EXPECT_NE(error.find("needs a value"), std::string::npos);
+    EXPECT_FALSE(parse({"--frobnicate"}, refused));
+    EXPECT_FALSE(parse({"--view", "sideways"}, refused));
+    EXPECT_FALSE(parse({"--style", "cartoon"}, refused));
+    EXPECT_FALSE(parse({"--background", "1.2,0,0"}, refused));
+    EXPECT_FALSE(parse({"--background", "#12345G"}, refused));
+    EXPECT_FALSE(parse({"--builtin", "model.obj"}, refused));
+}
+
+TEST(ViewRenderSettingsTest, OptionsAndKeysReachTheRenderConfiguration)
+{
+    ViewOptions options;
+    options.style = CKVRenderConfig::kEdgesOnly;
+    options.background = ViewOptions::Background::kSky;
+    options.fog = true;
+    ViewRenderSettings settings(options);
+    EXPECT_EQ(settings.getConfig().getRenderStyle(), CKVRenderConfig::kEdgesOnly);
+    EXPECT_EQ(settings.getConfig().getBackGroundConfig().getBackGroundType(), CKVBackGroundConfig::kAtmosphere);
+    EXPECT_TRUE(settings.getConfig().getAtmosphericScattteringUse()) << "the sky needs the atmosphere";
+    EXPECT_TRUE(settings.getConfig().getFogUse());
+
+    ViewKeyBindings keys(settings);
+    // Style cycles through all four and wraps.
+    EXPECT_EQ(keys.handleKey('s', 0).action, ViewKeyBindings::Action::kApplyConfig);
+    EXPECT_EQ(settings.getConfig().getRenderStyle(), CKVRenderConfig::kShaded);
+    // From the sky the next background is the grey colour, atmosphere off.
+    ViewKeyBindings::Result const background = keys.handleKey('b', 0);
+    EXPECT_EQ(background.message, "background: grey");
+    EXPECT_EQ(settings.getConfig().getBackGroundConfig().getBackGroundType(), CKVBackGroundConfig::kSolidColor);
+    EXPECT_FALSE(settings.getConfig().getAtmosphericScattteringUse());
+    EXPECT_EQ(keys.handleKey('f', 0).message, "fog: off");
+    EXPECT_EQ(keys.handleKey('d', 0).message, "shadows: on");
+    EXPECT_NE(settings.getConfig().getShadowLevel(), CKVRenderConfig::kLevelOff);
+
+    EXPECT_EQ(keys.handleKey('q', 0).action, ViewKeyBindings::Action::kQuit);
+    EXPECT_EQ(keys.handleKey(0, CKVEvent::kEscape | CKVEvent::kShift).action, ViewKeyBindings::Action::kQuit);
+    EXPECT_EQ(keys.handleKey('r', 0).action, ViewKeyBindings::Action::kResetView);
+    ViewKeyBindings::Result const unknown = keys.handleKey('x', 0);
+    EXPECT_EQ(unknown.action, ViewKeyBindings::Action::kNone);
+    EXPECT_TRUE(unknown.message.empty());
+}

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace Kelvor {
+
+// Runs the tarnwick-view program, which the build puts beside the test
+// programs, and keeps what it printed and how it ended.
+struct ViewRun
+{
+    bool started = false;
+    bool exited = false;
+    int exitCode = -1;
+    // Non-zero when the program died of a signal (a crash).
+    int signal = 0;
+    std::string out;
+    std::string err;
+};
+
+inline std::string viewProgramPath()
+{
+    char self[PATH_MAX];
+    ssize_t const length = ::readlink("/proc/self/exe", self, sizeof self - 1);
+    if (length <= 0)
+        return "tarnwick-view";
+    std::string path(self, static_cast<std::size_t>(length));
+    return path.substr(0, path.find_last_of('/') + 1) + "tarnwick-view";
+}
+
+inline std::string readWhole(std::string const& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// A program started with startViewProgram; finishViewProgram waits for it.
+struct ViewProcess
+{
+    pid_t pid = -1;
+    std::string outPath;
+    std::string errPath;
+};
+
+// `unsetDisplay` runs the program as on a machine without X.
+inline ViewProcess startViewProgram(std::vector<std::string> const& arguments, bool unsetDisplay = false)
+{
+    static int counter = 0;
+    ViewProcess process;
+    std::string const base = "/tmp/tarnwick-view-run-" + std::to_string(::getpid()) + "-" + std::to_string(++counter);
+    process.outPath = base + ".out";
+    process.errPath = base + ".err";
+    std::string const program = viewProgramPath();
+    pid_t const child = ::fork();
+    if (child == 0) {
+        int const out = ::open(process.outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        int const err = ::open(process.errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        ::dup2(out, 1);
+        ::dup2(err, 2);
+        if (unsetDisplay)
+            ::unsetenv("DISPLAY");
+        std::vector<char*> argv;
+        argv.push_back(const_cast<char*>(program.c_str()));
+        for (std::string const& argument : arguments)
+            argv.push_back(const_cast<char*>(argument.c_str()));
+        argv.push_back(nullptr);
+        ::execv(program.c_str(), argv.data());
+        ::_exit(126);
+    }
+    process.pid = child;
+    return process;
+}
+
+inline ViewRun finishViewProgram(ViewProcess const& process)
+{
+    ViewRun run;
+    int status = 0;
+    if (process.pid <= 0 || ::waitpid(process.pid, &status, 0) != process.pid)
+        return run;
+    run.started = !(WIFEXITED(status) && WEXITSTATUS(status) == 126);
+    run.exited = WIFEXITED(status);
+    run.exitCode = run.exited ? WEXITSTATUS(status) : -1;
+    run.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    run.out = readWhole(process.outPath);
+    run.err = readWhole(process.errPath);
+    std::remove(process.outPath.c_str());
+    std::remove(process.errPath.c_str());
+    return run;
+}
+
+inline ViewRun runViewProgram(std::vector<std::string> const& arguments, bool unsetDisplay = false)
+{
+    return finishViewProgram(startViewProgram(arguments, unsetDisplay));
+}
+
+} // namespace Kelvor
