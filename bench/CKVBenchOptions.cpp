@@ -1,0 +1,72 @@
+#include "bench/CKVBenchOptions.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace Kelvor {
+
+namespace {
+
+bool readNumber(char const* text, unsigned long long& out)
+{
+    char* end = nullptr;
+    out = std::strtoull(text, &end, 10);
+    return end != text && *end == '\0';
+}
+
+} // namespace
+
+bool CKVBenchOptions::parse(int argc, char** argv, std::string& error)
+{
+    for (int i = 1; i < argc; ++i) {
+        std::string const argument = argv[i];
+        if (argument == "--callgrind") {
+            callgrind = true;
+            continue;
+        }
+        std::size_t const equals = argument.find('=');
+        if (argument.rfind("--", 0) != 0 || equals == std::string::npos) {
+            error = "unknown argument: " + argument;
+            return false;
+        }
+        std::string const key = argument.substr(2, equals - 2), value = argument.substr(equals + 1);
+        if (key == "path") {
+            if (value != "host" && value != "stock" && value != "commands") {
+                error = "path must be host, stock or commands";
+                return false;
+            }
+            path = value;
+            continue;
+        }
+        unsigned long long number = 0;
+        if (!readNumber(value.c_str(), number)) {
+            error = "not a number: " + argument;
+            return false;
+        }
+        if (key == "objects")
+            objects = static_cast<std::size_t>(number);
+        else if (key == "frames")
+            frames = static_cast<unsigned int>(number);
+        else if (key == "warmup")
+            warmup = static_cast<unsigned int>(number);
+        else if (key == "width")
+            width = static_cast<int>(number);
+        else if (key == "height")
+            height = static_cast<int>(number);
+        else if (key == "seed")
+            seed = number;
+        else if (key == "meshes")
+            meshes = static_cast<unsigned int>(number);
+        else {
+            error = "unknown argument: " + argument;
+            return false;
+        }
+    }
+    if (width <= 0 || height <= 0) {
+        error = "width and height must be positive";
+        return false;
+    }
+    return true;
+}
+
+} // namespace Kelvor

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace Kelvor {
+
+// What one run of the benchmark program measures, from its command line:
+//   --path=host|stock|commands --objects=N --frames=F --warmup=W
+//   --width=640 --height=360 --seed=S --meshes=M --callgrind
+struct CKVBenchOptions
+{
+    std::string path = "host";
+    std::size_t objects = 1000;
+    unsigned int frames = 100;
+    unsigned int warmup = 5;
+    int width = 640;
+    int height = 360;
+    std::uint64_t seed = 1;
+    unsigned int meshes = 32;
+    // Instrument exactly one frame for callgrind (run under
+    // valgrind --tool=callgrind --instr-atstart=no) and measure no others.
+    bool callgrind = false;
+
+    // False, with a message, for an unknown or malformed argument.
+    bool parse(int argc, char** argv, std::string& error);
+};
+
+} // namespace Kelvor

@@ -1,0 +1,226 @@
+#include "bench/CKVBenchRunner.h"
+
+#include "bench/CKVBenchOptions.h"
+#include "bench/CKVBenchReport.h"
+#include "bench/CKVBenchSceneGenerator.h"
+#include "bench/CKVCameraPath.h"
+#include "bench/CKVDrawCallCounter.h"
+#include "bench/CKVFrameStatistics.h"
+#include "bench/CKVHostSceneBench.h"
+#include "bench/CKVProcessMemory.h"
+#include "bench/CKVSceneBench.h"
+
+#include "binding/CKVRenderContextX11Imp.h"
+
+#include "TarnwickRender/CKVCamera.h"
+#include "TarnwickRender/CKVRCApplyCamera.h"
+#include "TarnwickRender/CKVRenderCommandCache.h"
+
+#include <valgrind/callgrind.h>
+
+#include <chrono>
+#include <vector>
+
+namespace Kelvor {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double millisecondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+struct Scene
+{
+    std::vector<CKVBenchMesh> meshes;
+    std::vector<CKVBenchPlacement> placements;
+    double centre[3] = {0, 0, 0};
+    double radius = 1.0;
+};
+
+Scene makeScene(CKVBenchOptions const& options)
+{
+    CKVBenchSceneGenerator generator(options.seed, options.meshes);
+    Scene scene;
+    scene.meshes = generator.meshes();
+    scene.placements = generator.placements(options.objects);
+    CKVBenchSceneGenerator::campusBounds(scene.placements, scene.centre, scene.radius);
+    return scene;
+}
+
+void aimCamera(CKVSceneBench& bench, CKVCameraPath const& path, unsigned int frame, CKVBenchOptions const& options)
+{
+    double eye[3], target[3];
+    path.eyeAt(frame, eye);
+    path.target(target);
+    bench.setCamera(eye, target, CKVCameraPath::kFieldOfViewDegrees, double(options.width) / options.height,
+                    path.nearPlane(), path.farPlane());
+}
+
+// Opens, builds and draws the first frame; the common start of every run.
+bool prepare(CKVSceneBench& bench, CKVBenchOptions const& options, Scene const& scene, CKVCameraPath const& path,
+             CKVBenchReport& report)
+{
+    double const rssBefore = double(CKVProcessMemory::residentBytes());
+    if (!bench.open(options.width, options.height))
+        return false;
+    double const rssOpen = double(CKVProcessMemory::residentBytes());
+    auto const buildStart = Clock::now();
+    if (!bench.build(scene.meshes, scene.placements))
+        return false;
+    report.set("build_ms", millisecondsSince(buildStart));
+    aimCamera(bench, path, 0, options);
+    auto const firstStart = Clock::now();
+    if (!bench.frame())
+        return false;
+    report.set("first_frame_ms", millisecondsSince(firstStart));
+    report.set("rss_open_bytes", rssOpen - rssBefore);
+    report.set("rss_base_bytes", rssOpen);
+    return true;
+}
+
+} // namespace
+
+bool CKVBenchRunner::runScene(CKVSceneBench& bench, CKVBenchOptions const& options, CKVBenchReport& report)
+{
+    Scene const scene = makeScene(options);
+    report.set("path", options.path);
+    report.set("objects", double(scene.placements.size()));
+    report.set("unique_meshes", double(scene.meshes.size()));
+    double triangles = 0.0;
+    for (CKVBenchPlacement const& placement : scene.placements)
+        triangles += scene.meshes[placement.mesh].triangleCount();
+    report.set("triangles", triangles);
+
+    CKVCameraPath const path(scene.centre, scene.radius, options.frames ? options.frames : 100);
+    if (!prepare(bench, options, scene, path, report))
+        return false;
+    for (unsigned int i = 0; i < options.warmup; ++i) {
+        aimCamera(bench, path, i, options);
+        bench.frame();
+    }
+
+    if (options.callgrind) {
+        aimCamera(bench, path, options.warmup, options);
+        CKVDrawCallCounter::Counts const before = CKVDrawCallCounter::counts();
+        CALLGRIND_START_INSTRUMENTATION;
+        bench.frame();
+        CALLGRIND_STOP_INSTRUMENTATION;
+        report.set("draw_calls", double(CKVDrawCallCounter::since(before).calls));
+        report.set("callgrind_frame", 1.0);
+    }
+
+    CKVFrameStatistics statistics;
+    unsigned int const measured = options.callgrind ? 0u : options.frames;
+    for (unsigned int i = 0; i < measured; ++i) {
+        aimCamera(bench, path, i, options);
+        CKVDrawCallCounter::Counts const before = CKVDrawCallCounter::counts();
+        auto const start = Clock::now();
+        bench.frame();
+        statistics.add("frame_ms", millisecondsSince(start));
+        CKVDrawCallCounter::Counts const draws = CKVDrawCallCounter::since(before);
+        statistics.add("draw_calls", double(draws.calls));
+        statistics.add("multi_draws", double(draws.multiDraws));
+        statistics.add("sub_draws", double(draws.subDraws));
+        CKVSceneBench::TraversalTimes const times = bench.lastFrameTimes();
+        if (times.update >= 0)
+            statistics.add("update_ms", times.update);
+        if (times.cull >= 0)
+            statistics.add("cull_ms", times.cull);
+        if (times.draw >= 0)
+            statistics.add("draw_ms", times.draw);
+        if (times.rendering >= 0)
+            statistics.add("rendering_ms", times.rendering);
+        if (times.update >= 0 && times.cull >= 0 && times.draw >= 0)
+            statistics.add("cpu_ms", times.update + times.cull + times.draw);
+    }
+    report.set("frames", double(measured));
+    for (std::string const& name : statistics.seriesNames())
+        report.set(name, statistics.median(name));
+    if (measured) {
+        report.set("frame_ms_p90", statistics.percentile("frame_ms", 90.0));
+        report.set("cpu_ms_p90", statistics.percentile("cpu_ms", 90.0));
+    }
+    report.set("rss_bytes", double(CKVProcessMemory::residentBytes()));
+    report.set("rss_peak_bytes", double(CKVProcessMemory::peakResidentBytes()));
+    bench.reportMemory(report);
+    bench.close();
+    return true;
+}
+
+bool CKVBenchRunner::runCommands(CKVHostSceneBench& bench, CKVBenchOptions const& options, CKVBenchReport& report)
+{
+    Scene const scene = makeScene(options);
+    CKVCameraPath const path(scene.centre, scene.radius, 100);
+    report.set("path", options.path);
+    report.set("objects", double(scene.placements.size()));
+    if (!prepare(bench, options, scene, path, report))
+        return false;
+    CKVRenderCommandCache* cache = bench.context()->getRenderCommandCache();
+    CKVRenderContextX11Imp* context = bench.context();
+
+    auto cameraCommand = [&](unsigned int frame) {
+        double eye[3], target[3];
+        path.eyeAt(frame, eye);
+        path.target(target);
+        CKVCamera camera;
+        camera.setFieldOfView(CKVCameraPath::kFieldOfViewDegrees);
+        camera.setAspect(double(options.width) / options.height);
+        camera.setNearFar(path.nearPlane(), path.farPlane());
+        camera.setLookAt(CKVPoint3D(eye[0], eye[1], eye[2]), CKVPoint3D(target[0], target[1], target[2]),
+                         CKVVector3D(0, 0, 1));
+        return kv_shared_ptr<CKVRenderCommand>(new CKVRCApplyCamera(camera));
+    };
+
+    // Throughput of the drain: ticks with a large batch of camera commands
+    // against ticks with none; the difference is the drain alone.
+    unsigned int const batch = 20000;
+    CKVFrameStatistics statistics;
+    unsigned int tickMs = 100000;
+    for (unsigned int round = 0; round < 7; ++round) {
+        auto start = Clock::now();
+        context->onTick(tickMs += 20);
+        statistics.add("empty_tick_ms", millisecondsSince(start));
+        std::vector<kv_shared_ptr<CKVRenderCommand>> commands;
+        commands.reserve(batch);
+        for (unsigned int i = 0; i < batch; ++i)
+            commands.push_back(cameraCommand(i));
+        start = Clock::now();
+        for (auto const& command : commands)
+            cache->write(command.get());
+        cache->finish();
+        statistics.add("write_ms", millisecondsSince(start));
+        start = Clock::now();
+        context->onTick(tickMs += 20);
+        statistics.add("full_tick_ms", millisecondsSince(start));
+    }
+    double const drainMs = statistics.median("full_tick_ms") - statistics.median("empty_tick_ms");
+    report.set("batch", double(batch));
+    report.set("empty_tick_ms", statistics.median("empty_tick_ms"));
+    report.set("full_tick_ms", statistics.median("full_tick_ms"));
+    report.set("write_per_second", batch / (statistics.median("write_ms") / 1000.0));
+    report.set("drain_per_second", drainMs > 0 ? batch / (drainMs / 1000.0) : 0.0);
+
+    // Round trip of submitAndWait as a host sees it, with the context's own
+    // 20 ms timer running: the wait for the next tick, the drain and the
+    // signal.
+    bench.startTimer();
+    for (unsigned int i = 0; i < 200; ++i) {
+        kv_shared_ptr<CKVRenderCommand> command = cameraCommand(i);
+        auto const start = Clock::now();
+        bool const done = cache->submitAndWait(command.get(), 10000);
+        if (done)
+            statistics.add("round_trip_ms", millisecondsSince(start));
+    }
+    bench.stopTimer();
+    report.set("round_trips", double(statistics.count("round_trip_ms")));
+    report.set("round_trip_ms", statistics.median("round_trip_ms"));
+    report.set("round_trip_ms_p95", statistics.percentile("round_trip_ms", 95.0));
+    report.set("round_trip_ms_max", statistics.percentile("round_trip_ms", 100.0));
+    bench.close();
+    return true;
+}
+
+} // namespace Kelvor

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "bench/CKVBenchWindow.h"
+#include "bench/CKVSceneBench.h"
+
+#include "TarnwickCommon/kv_shared_ptr.h"
+#include "TarnwickRender/CKVBufferGeometry.h"
+#include "TarnwickRender/CKVGraphicsContext.h"
+#include "TarnwickRender/CKVLogicBufferGeometry.h"
+#include "TarnwickRender/CKVScene.h"
+#include "TarnwickRender/CKVSceneNode.h"
+
+#include <memory>
+#include <vector>
+
+namespace Kelvor {
+
+class CKVRenderContextX11Imp;
+
+// The model as a host hands it to the backend: one instanced buffer
+// geometry per unique mesh (the mesh as its one part, every placement as an
+// instance), all under one scene node, sent as render commands into a
+// render context on the host's own X window. `build` only writes the
+// commands: the next tick drains them, packs the buffers and draws. The
+// benchmark stops the context's timer and runs each tick itself, so that a
+// frame is measured from drain to swap.
+class CKVHostSceneBench : public CKVSceneBench
+{
+public:
+    ~CKVHostSceneBench() override;
+
+    bool open(int width, int height) override;
+    bool build(std::vector<CKVBenchMesh> const& meshes, std::vector<CKVBenchPlacement> const& placements) override;
+    void setCamera(double const eye[3], double const target[3], double fovDegrees, double aspect, double zNear,
+                   double zFar) override;
+    bool frame() override;
+    TraversalTimes lastFrameTimes() const override;
+    void reportMemory(CKVBenchReport& report) const override;
+    void close() override;
+
+    // For the command figures: the running context and its timer.
+    CKVRenderContextX11Imp* context() const { return mContext; }
+    void startTimer();
+    void stopTimer();
+    unsigned int geometryCount() const { return static_cast<unsigned int>(mGeometries.size()); }
+
+
+private:
+    std::unique_ptr<CKVBenchWindow> mWindow;
+    CKVScene mScene;
+    CKVGraphicsContext mGraphicsContext;
+    CKVRenderContextX11Imp* mContext = nullptr;
+    kv_shared_ptr<CKVSceneNode> mNode;
+    std::vector<kv_shared_ptr<CKVBufferGeometry>> mGeometries;
+    std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> mLogicBuffers;
+    unsigned int mTickMs = 0;
+};
+
+} // namespace Kelvor

@@ -1,0 +1,101 @@
+#include "bench/CKVBenchSceneGenerator.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <set>
+#include <tuple>
+
+using namespace Kelvor;
+
+namespace {
+
+auto key(CKVBenchPlacement const& p)
+{
+    return std::make_tuple(p.mesh, p.x, p.y, p.z, p.quarterTurns);
+}
+
+bool samePlacements(std::vector<CKVBenchPlacement> const& a, std::vector<CKVBenchPlacement> const& b,
+                    std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        if (key(a[i]) != key(b[i]))
+            return false;
+    return true;
+}
+
+} // namespace
+
+TEST(BenchSceneGeneratorTest, GivesExactlyTheRequestedObjectsTheSameEveryTime)
+{
+    CKVBenchSceneGenerator const generator(7, 32);
+    for (std::size_t count : {std::size_t(0), std::size_t(1), std::size_t(999), std::size_t(12345)})
+        EXPECT_EQ(generator.placements(count).size(), count);
+
+    // Same seed, a second generator: the same model. The comparison to
+    // both sizes also shows that a shorter campus is the start of a longer one.
+    std::vector<CKVBenchPlacement> const longer = generator.placements(5000);
+    std::vector<CKVBenchPlacement> const again = CKVBenchSceneGenerator(7, 32).placements(5000);
+    std::vector<CKVBenchPlacement> const shorter = generator.placements(1234);
+    EXPECT_TRUE(samePlacements(longer, again, longer.size()));
+    EXPECT_TRUE(samePlacements(longer, shorter, shorter.size()));
+
+    std::vector<CKVBenchPlacement> const otherSeed = CKVBenchSceneGenerator(8, 32).placements(5000);
+    EXPECT_FALSE(samePlacements(longer, otherSeed, longer.size()));
+}
+
+TEST(BenchSceneGeneratorTest, UsesEveryUniqueMeshAndNoOther)
+{
+    for (unsigned int unique : {4u, 32u, 48u}) {
+        CKVBenchSceneGenerator const generator(1, unique);
+        ASSERT_EQ(generator.meshes().size(), unique);
+        std::set<unsigned int> used;
+        for (CKVBenchPlacement const& placement : generator.placements(10000)) {
+            ASSERT_LT(placement.mesh, unique);
+            used.insert(placement.mesh);
+        }
+        EXPECT_EQ(used.size(), unique) << unique << " meshes asked for";
+    }
+}
+
+TEST(BenchSceneGeneratorTest, MeshesAreWellFormedAndOfAllFourKinds)
+{
+    CKVBenchSceneGenerator const generator(1, 32);
+    std::set<int> kinds;
+    std::set<std::string> names;
+    for (CKVBenchMesh const& mesh : generator.meshes()) {
+        kinds.insert(mesh.kind);
+        names.insert(mesh.name);
+        ASSERT_EQ(mesh.positions.size(), mesh.normals.size()) << mesh.name;
+        ASSERT_GT(mesh.triangleCount(), 0u) << mesh.name;
+        ASSERT_EQ(mesh.indices.size() % 3, 0u) << mesh.name;
+        for (unsigned int index : mesh.indices)
+            ASSERT_LT(index, mesh.vertexCount()) << mesh.name;
+        for (std::size_t v = 0; v < mesh.normals.size(); v += 3) {
+            double const length = std::sqrt(mesh.normals[v] * mesh.normals[v] +
+                                            mesh.normals[v + 1] * mesh.normals[v + 1] +
+                                            mesh.normals[v + 2] * mesh.normals[v + 2]);
+            ASSERT_NEAR(length, 1.0, 1e-4) << mesh.name;
+        }
+    }
+    EXPECT_EQ(kinds.size(), 4u);
+    EXPECT_EQ(names.size(), generator.meshes().size()) << "each unique mesh has its own name";
+}
+
+TEST(BenchSceneGeneratorTest, NoTwoObjectsShareAPlacementAndTheCameraSeesThemAll)
+{
+    CKVBenchSceneGenerator const generator(3, 32);
+    std::vector<CKVBenchPlacement> const placements = generator.placements(20000);
+    std::set<decltype(key(placements[0]))> distinct;
+    for (CKVBenchPlacement const& placement : placements)
+        distinct.insert(key(placement));
+    EXPECT_EQ(distinct.size(), placements.size());
+
+    double centre[3], radius = 0.0;
+    CKVBenchSceneGenerator::campusBounds(placements, centre, radius);
+    for (CKVBenchPlacement const& p : placements) {
+        double const d = std::sqrt((p.x - centre[0]) * (p.x - centre[0]) + (p.y - centre[1]) * (p.y - centre[1]) +
+                                   (p.z - centre[2]) * (p.z - centre[2]));
+        ASSERT_LE(d, radius);
+    }
+}
