@@ -1,0 +1,42 @@
+// Creates, initialises and destroys render contexts on host windows over and
+// over, the way a host opens and closes documents. Built with LeakSanitizer:
+// anything a cycle leaves behind grows with the cycle count and shows up in
+// the report at exit.
+#include "RenderContextFixture.h"
+
+#include <gtest/gtest.h>
+
+namespace Kelvor {
+namespace {
+
+constexpr int kCycles = 100;
+
+class ContextCyclesTest : public RenderContextFixture
+{
+protected:
+    // One document's life: a window, a context drawing frames on its tick,
+    // then destroy and the host's destroy.
+    void runOneCycle(int cycle)
+    {
+        mCounter = new FrameCounter;
+        ASSERT_NE(start(), nullptr) << "cycle " << cycle;
+        ASSERT_TRUE(waitForFrames(2)) << "cycle " << cycle;
+        EXPECT_TRUE(mContext->destroy());
+        CKVRenderContext* context = mContext;
+        EXPECT_TRUE(CKVRenderCallback::destroyRenderContext(context));
+        EXPECT_EQ(context, nullptr);
+        mContext = nullptr;
+        mHost = std::make_unique<TestHostWindow>(kWidth, kHeight);
+        ASSERT_TRUE(mHost->valid());
+        mGraphicsContext = CKVGraphicsContext(&mHost->windowData(), &mScene);
+    }
+};
+
+TEST_F(ContextCyclesTest, HundredCreateInitializeDestroyCycles)
+{
+    for (int cycle = 0; cycle < kCycles && !HasFatalFailure(); ++cycle)
+        runOneCycle(cycle);
+}
+
+} // namespace
+} // namespace Kelvor
