@@ -12,6 +12,8 @@
 #include <X11/Xutil.h>
 #include <X11/keysym.h>
 
+#include "support/XDisplayRetry.h"
+
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -56,7 +58,7 @@ protected:
                 FAIL() << "no X display: " << reason;
             GTEST_SKIP() << "no X display: " << reason;
         }
-        mDisplay = XOpenDisplay(nullptr);
+        mDisplay = openTestDisplay();
         ASSERT_NE(mDisplay, nullptr);
     }
     void TearDown() override

@@ -9,6 +9,8 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
+#include "support/XDisplayRetry.h"
+
 namespace Kelvor {
 
 // An X window made the way a host application makes one: its own display
@@ -19,7 +21,7 @@ class TestHostWindow
 public:
     TestHostWindow(int width, int height)
     {
-        mDisplay = XOpenDisplay(nullptr);
+        mDisplay = openTestDisplay();
         if (!mDisplay)
             return;
         int attributes[] = {GLX_RGBA, GLX_DOUBLEBUFFER, GLX_RED_SIZE, 8, GLX_GREEN_SIZE, 8, GLX_BLUE_SIZE, 8,

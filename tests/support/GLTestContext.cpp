@@ -6,6 +6,7 @@
 
 // Last: Xlib defines macros (None, Status, Bool) that collide with C++ names.
 #include <X11/Xlib.h>
+#include "support/XDisplayRetry.h"
 
 namespace Kelvor {
 
@@ -47,7 +48,7 @@ bool GLTestContext::displayAvailable(std::string* reason)
             *reason = "DISPLAY is not set";
         return false;
     }
-    Display* display = XOpenDisplay(name);
+    Display* display = openTestDisplay(name);
     if (display == nullptr)
     {
         if (reason)

@@ -12,6 +12,8 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
+#include "support/XDisplayRetry.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -35,7 +37,7 @@ inline bool displayRequired()
 // for the whole test program keeps the server from resetting between tests.
 inline bool displayAvailable()
 {
-    static Display* const keepAlive = XOpenDisplay(nullptr);
+    static Display* const keepAlive = openTestDisplay();
     return keepAlive != nullptr;
 }
 
@@ -59,7 +61,7 @@ class HostX11Window
 public:
     HostX11Window(int width, int height)
     {
-        mDisplay = XOpenDisplay(nullptr);
+        mDisplay = openTestDisplay();
         if (!mDisplay)
             return;
         int attributes[] = {GLX_RGBA, GLX_DOUBLEBUFFER, GLX_RED_SIZE, 8, GLX_GREEN_SIZE, 8, GLX_BLUE_SIZE, 8,
