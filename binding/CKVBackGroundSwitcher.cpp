@@ -151,4 +151,15 @@ bool CKVBackGroundSwitcher::waterMask(char const* path, unsigned int width, unsi
     return true;
 }
 
+void CKVBackGroundSwitcher::releaseGLObjects(osg::State* state) const
+{
+    CKVBackGround const* const held[] = {mColor.get(), mSkyBox.get(), mCurrent.get(), mWaterMask.get()};
+    for (CKVBackGround const* background : held) {
+        if (background && background->getNode())
+            background->getNode()->releaseGLObjects(state);
+    }
+    if (mWaterMaskCamera.valid())
+        mWaterMaskCamera->releaseGLObjects(state);
+}
+
 } // namespace Kelvor

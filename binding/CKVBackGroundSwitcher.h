@@ -49,6 +49,13 @@ public:
     // file is missing; false without a root.
     bool waterMask(char const* path, unsigned int width, unsigned int height, osgViewer::View* view);
 
+    // Releases the GL objects of every background held here, shown or not,
+    // for the window about to close. A background swapped out of the graph
+    // is not reached by the window's own release, and objects released after
+    // the window is gone outlive it in OpenSceneGraph's per-context data
+    // until process exit, where they crash.
+    void releaseGLObjects(osg::State* state) const;
+
     CKVBackGroundConfig const& getBackGroundConfig() const { return mConfig; }
     CKVBackGroundColor* getColorBackGround() const { return mColor.get(); }
     CKVBackGroundSkyBox* getSkyBoxBackGround() const { return mSkyBox.get(); }

@@ -313,8 +313,10 @@ void CKVRenderContextImp::releaseGraphics()
     mViewer->getContexts(contexts, false);
     // Closing a context releases the GL objects of every camera drawn into
     // it, the scene below included, while it can still be made current.
-    for (osg::GraphicsContext* context : contexts)
+    for (osg::GraphicsContext* context : contexts) {
+        mConfigApplier.getBackGrounds().releaseGLObjects(context->getState());
         context->close();
+    }
     mViewer->setSceneData(nullptr);
     if (mMainCamera.valid())
         mMainCamera->setGraphicsContext(nullptr);
