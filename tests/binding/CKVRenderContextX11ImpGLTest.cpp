@@ -429,3 +429,23 @@ TEST_F(RenderContextX11ImpGLTest, ATickAfterTheWindowClosedEndsTheViewerAndDraws
 
 } // namespace
 } // namespace Kelvor
+
+namespace Kelvor {
+namespace {
+
+// A host may take the ticks over at once, before the timer has run a frame.
+TEST_F(RenderContextX11ImpGLTest, TimerStoppedStraightAfterInitialize)
+{
+    CKVRenderContext* created = CKVRenderCallback::createRenderContext(-1);
+    ASSERT_NE(created, nullptr);
+    mContext = static_cast<CKVRenderContextX11Imp*>(created);
+    ASSERT_TRUE(mContext->initialize(&mGraphicsContext));
+    CKVGraphicsWindowX11* window = mContext->getWindow();
+    ASSERT_NE(window, nullptr);
+    window->stopTimer();
+    mContext->onTick(1);
+    EXPECT_EQ(mContext->getWindow(), window);
+}
+
+} // namespace
+} // namespace Kelvor
