@@ -41,6 +41,10 @@ public:
     // that listen to the define.
     unsigned int getDefineChangeCount() const { return mDefineChanges; }
 
+    // Sets or removes a define on the root's state set and tells the program
+    // manager, so that programs built with the old set are rebuilt.
+    void applyDefine(char const* name, bool on);
+
     static constexpr float kWeatherThreshold = 0.5f;
 
 private:
@@ -48,7 +52,6 @@ private:
     void applyFogSwitch(bool on);
     void applyBackGroundDependents(CKVRenderConfig const& config);
     void applyValues(CKVRenderConfig const& config);
-    void applyDefine(char const* name, bool on);
     bool hasDefine(char const* name) const;
     osg::Uniform* rootUniform(char const* name) const;
     osg::Uniform* getOrCreateRootUniform(char const* name, osg::Uniform::Type type);

@@ -615,15 +615,8 @@ bool CKVRenderContextImp::applyBackGround(CKVBackGroundConfig const& config)
 
 void CKVRenderContextImp::applyDefine(char const* name, bool on)
 {
-    if (!mRoot.valid())
-        return;
-    osg::StateSet* stateSet = mRoot->getOrCreateStateSet();
-    if (on)
-        stateSet->setDefine(name);
-    else
-        stateSet->removeDefine(name);
-    // Shaders compiled with the old define set must be rebuilt.
-    CKVProgramManager::instance().dirtyDefine(name);
+    wireConfigApplier();
+    mConfigApplier.applyDefine(name, on);
 }
 
 osg::Uniform* CKVRenderContextImp::rootUniform(char const* name) const
