@@ -11,6 +11,8 @@
 
 #include "support/XDisplayRetry.h"
 
+#include <vector>
+
 namespace Kelvor {
 
 // An X window made the way a host application makes one: its own display
@@ -78,6 +80,27 @@ public:
         rgb[2] = static_cast<unsigned char>(pixel & image->blue_mask);
         XDestroyImage(image);
         return true;
+    }
+
+    // The whole window in one request, rows from the top, RGB: a per-pixel
+    // read takes long enough for several frames to pass while it runs.
+    std::vector<unsigned char> readWindow(int width, int height) const
+    {
+        std::vector<unsigned char> rgb(static_cast<std::size_t>(width) * height * 3);
+        XImage* image = XGetImage(mDisplay, mWindow, 0, 0, static_cast<unsigned int>(width),
+                                  static_cast<unsigned int>(height), AllPlanes, ZPixmap);
+        if (!image)
+            return {};
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                unsigned long const pixel = XGetPixel(image, x, y);
+                unsigned char* out = &rgb[(static_cast<std::size_t>(y) * width + x) * 3];
+                out[0] = static_cast<unsigned char>((pixel & image->red_mask) >> 16);
+                out[1] = static_cast<unsigned char>((pixel & image->green_mask) >> 8);
+                out[2] = static_cast<unsigned char>(pixel & image->blue_mask);
+            }
+        XDestroyImage(image);
+        return rgb;
     }
 
 private:
