@@ -48,7 +48,7 @@ std::vector<Kind> makeKinds()
     std::vector<std::string> const surfaceDefines = {TAA, TEX, PBR, SHD, AO, LPV, ATM,
                                                      VOL, FOG, INS, ANI, CLP, ALF, HIL,
                                                      SIL, WHT, NBT, REP, RAN, SNW};
-    Stage const surfaceVS{VS, CKVProgramKinds::kVersion, {"blocks", "surface.vert"},
+    Stage const surfaceVS{VS, CKVProgramKinds::kVersion, {"blocks", "world_position", "surface.vert"},
                           CKVProgramKinds::kListens};
     Stage const surfaceFS{FS, CKVProgramKinds::kVersionBindless,
                           {"blocks", "shading", "frame_outputs", "surface.frag"}, CKVProgramKinds::kListens};
@@ -61,10 +61,10 @@ std::vector<Kind> makeKinds()
     Stage const reflectedFS{FS, CKVProgramKinds::kVersionBindless,
                             {"blocks", "shading", "reflected.frag"}, CKVProgramKinds::kListens};
 
-    Stage const depthVS{VS, CKVProgramKinds::kVersion, {"blocks", "depth.vert"},
+    Stage const depthVS{VS, CKVProgramKinds::kVersion, {"blocks", "world_position", "depth.vert"},
                         CKVProgramKinds::kListens};
     Stage const depthInstancedVS{VS, CKVProgramKinds::kVersion,
-                                 {"instanced", "blocks", "depth.vert"}, CKVProgramKinds::kListens};
+                                 {"instanced", "blocks", "world_position", "depth.vert"}, CKVProgramKinds::kListens};
     // The depth-only fragment shaders have nothing to vary on.
     Stage const depthEmptyFS{FS, CKVProgramKinds::kVersion, {"depth_empty.frag"},
                              CKVProgramKinds::kManualEmpty};

@@ -1,8 +1,8 @@
 // Vertex stage of model surfaces (kinds 1 and 3): world-space position and
 // normal for lighting, and what each switched-on effect needs downstream.
+// The shared placement and clipping come from world_position.
 
 #define NUM_CASCADES 3
-#define NUM_CLIP 6
 
 // The maps of physically based materials are read at the texture coordinate
 // even when there is no albedo texture.
@@ -10,15 +10,10 @@
 #define KV_HAS_UV
 #endif
 
-layout(location = 0) in vec3 osg_Vertex;
 layout(location = 1) in vec3 osg_Normal;
 #ifdef KV_HAS_UV
 layout(location = 2) in vec2 osg_MultiTexCoord0;
 out vec2 uv;
-#endif
-#ifdef _USE_INSTANCE_MATRIX
-// Four locations, 3 to 6, one per row the geometry uploads.
-layout(location = 3) in mat4 kv_InstanceMatrix;
 #endif
 
 out vec3 normal_W;
@@ -33,14 +28,7 @@ uniform mat4 LightViewProjectionMatrix[NUM_CASCADES];
 out vec4 pos_LightSpace[NUM_CASCADES];
 #endif
 
-#ifdef _USE_CLIP_TEST
-uniform int ClipPlaneCount_I;
-uniform vec4 ClipPlaneArr[NUM_CLIP];
-out float gl_ClipDistance[NUM_CLIP];
-#endif
-
 #ifdef _USE_ANIMATION_CLIPTEST
-uniform vec4 Animation_ClipTest;
 out float vAnimationClipTest;
 #endif
 
@@ -49,29 +37,18 @@ out vec4 projPosition;
 out vec4 lastProjPosition;
 #endif
 
-#ifdef _USE_SHAKE
-uniform float osg_SimulationTime;
-#endif
-
 void main()
 {
-    mat4 modelMat = kv_ModelMatrix;
-#ifdef _USE_INSTANCE_MATRIX
-    modelMat = modelMat * kv_InstanceMatrix;
-#endif
+    mat4 modelMat = kvModelMatrix();
 
 #ifdef KV_HAS_UV
     uv = osg_MultiTexCoord0;
 #endif
 
     normal_W = transpose(inverse(mat3(modelMat))) * osg_Normal;
-    vec4 worldPos = modelMat * vec4(osg_Vertex, 1.0);
-#ifdef _USE_SHAKE
-    worldPos.x += cos(osg_SimulationTime) * 2.0;
-    worldPos.y += sin(osg_SimulationTime) * 0.5;
-#endif
+    vec4 worldPos = kvWorldPosition(modelMat);
 
-#ifdef _USE_INSTANCE_MATRIX
+#ifdef KV_INSTANCED
     // A mirroring instance turns its faces inside out; the inverse transpose
     // alone leaves the normal pointing inwards. The sign of the triple
     // product of the uploaded rows is the sign of the determinant.
@@ -92,21 +69,16 @@ void main()
         pos_LightSpace[i] = LightViewProjectionMatrix[i] * worldPos;
 #endif
 
-#ifdef _USE_CLIP_TEST
-    // A plane keeps its negative side.
-    for (int i = 0; i < ClipPlaneCount_I && i < NUM_CLIP; ++i)
-        gl_ClipDistance[i] = -dot(worldPos, ClipPlaneArr[i]);
-#endif
-
+    kvWriteClipDistances(worldPos);
 #ifdef _USE_ANIMATION_CLIPTEST
-    vAnimationClipTest = dot(worldPos, Animation_ClipTest);
+    vAnimationClipTest = kvAnimationClipTest(worldPos);
 #endif
 
     gl_Position = kv_ViewProjectionMatrix * worldPos;
 
 #ifdef _USE_TAA
     projPosition = gl_Position;
-#ifdef _USE_INSTANCE_MATRIX
+#ifdef KV_INSTANCED
     lastProjPosition = kv_lastViewProjectionMatrix * kv_lastModelMatrix * kv_InstanceMatrix
                      * vec4(osg_Vertex, 1.0);
 #else

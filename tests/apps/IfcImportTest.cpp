@@ -6,6 +6,8 @@
 #include "apps/view/IfcShapeIndex.h"
 #include "apps/view/IfcShapeMatcher.h"
 
+#include "MemoryBackendTest.h"
+
 #include "TarnwickRender/CKVMaterialState.h"
 #include "TarnwickRender/CKVRenderCallback.h"
 #include "TarnwickRender/CKVTransformState.h"
@@ -27,42 +29,8 @@ namespace {
 
 char const* const kHausPath = "/usr/share/assimp/models/IFC/AC14-FZK-Haus.ifc";
 
-// Host-side stand-ins for the backend: the base classes keep all data in memory.
-class MemoryNode : public CKVSceneNode
+class IfcImportTest : public apptest::MemoryBackendTest
 {
-};
-class MemoryGeometry : public CKVBufferGeometry
-{
-};
-class MemoryAttribute : public CKVVertexBufferAttribute
-{
-public:
-    explicit MemoryAttribute(Name name) : CKVVertexBufferAttribute(name) {}
-};
-class MemoryIndex : public CKVVertexIndex
-{
-public:
-    explicit MemoryIndex(unsigned int mode) : CKVVertexIndex(mode) {}
-};
-
-class IfcImportTest : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        CKVRenderCallback::regCreateSceneNode([]() -> CKVSceneNode* { return new MemoryNode(); });
-        CKVRenderCallback::regCreateBufferGeometry([]() -> CKVBufferGeometry* { return new MemoryGeometry(); });
-        CKVRenderCallback::regCreateVertexBufferAttribute(
-            [](CKVVertexBufferAttribute::Name name) -> CKVVertexBufferAttribute* { return new MemoryAttribute(name); });
-        CKVRenderCallback::regCreateVertexIndex([](unsigned int mode) -> CKVVertexIndex* { return new MemoryIndex(mode); });
-    }
-    void TearDown() override
-    {
-        CKVRenderCallback::unregCreateSceneNode();
-        CKVRenderCallback::unregCreateBufferGeometry();
-        CKVRenderCallback::unregCreateVertexBufferAttribute();
-        CKVRenderCallback::unregCreateVertexIndex();
-    }
 };
 
 std::string tempPath(char const* name)

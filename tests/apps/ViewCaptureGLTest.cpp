@@ -2,7 +2,7 @@
 // context, CKVRCGetCapture, image file, clean exit.
 #include "ViewProgramRunner.h"
 
-#include "support/GLTestContext.h"
+#include "support/DisplayTest.h"
 #include "support/GoldenImage.h"
 
 #include <gtest/gtest.h>
@@ -49,20 +49,9 @@ double modelCoverage(osg::Image const& image)
     return double(differing) / (image.s() * image.t());
 }
 
-class ViewCaptureGLTest : public ::testing::Test
+class ViewCaptureGLTest : public DisplayTest
 {
 protected:
-    void SetUp() override
-    {
-        std::string reason;
-        if (!GLTestContext::displayAvailable(&reason)) {
-            char const* required = std::getenv("TARNWICK_REQUIRE_DISPLAY");
-            if (required && std::string(required) == "1")
-                FAIL() << "no X display: " << reason;
-            GTEST_SKIP() << "no X display: " << reason;
-        }
-    }
-
     // Runs a capture and reads the picture back; null on failure.
     osg::ref_ptr<osg::Image> capture(std::vector<std::string> arguments, char const* name, bool unsetDisplay = false)
     {

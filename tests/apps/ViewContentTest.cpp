@@ -6,6 +6,8 @@
 #include "apps/view/ViewPickReporter.h"
 #include "apps/view/ViewProceduralBuilding.h"
 
+#include "MemoryBackendTest.h"
+
 #include "TarnwickGeometry/CKVMesh.h"
 #include "TarnwickRender/CKVBufferGeometry.h"
 #include "TarnwickRender/CKVCullingState.h"
@@ -31,43 +33,8 @@ using namespace Kelvor;
 
 namespace {
 
-// The base classes keep everything in memory: the host side of the
-// content, with no backend loaded.
-class MemoryNode : public CKVSceneNode
+class ViewContentTest : public apptest::MemoryBackendTest
 {
-};
-class MemoryGeometry : public CKVBufferGeometry
-{
-};
-class MemoryAttribute : public CKVVertexBufferAttribute
-{
-public:
-    explicit MemoryAttribute(Name name) : CKVVertexBufferAttribute(name) {}
-};
-class MemoryIndex : public CKVVertexIndex
-{
-public:
-    explicit MemoryIndex(unsigned int mode) : CKVVertexIndex(mode) {}
-};
-
-class ViewContentTest : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        CKVRenderCallback::regCreateSceneNode([]() -> CKVSceneNode* { return new MemoryNode(); });
-        CKVRenderCallback::regCreateBufferGeometry([]() -> CKVBufferGeometry* { return new MemoryGeometry(); });
-        CKVRenderCallback::regCreateVertexBufferAttribute(
-            [](CKVVertexBufferAttribute::Name name) -> CKVVertexBufferAttribute* { return new MemoryAttribute(name); });
-        CKVRenderCallback::regCreateVertexIndex([](unsigned int mode) -> CKVVertexIndex* { return new MemoryIndex(mode); });
-    }
-    void TearDown() override
-    {
-        CKVRenderCallback::unregCreateSceneNode();
-        CKVRenderCallback::unregCreateBufferGeometry();
-        CKVRenderCallback::unregCreateVertexBufferAttribute();
-        CKVRenderCallback::unregCreateVertexIndex();
-    }
 };
 
 void expectPoint(CKVPoint3D const& actual, double x, double y, double z, double tolerance = 1e-5)

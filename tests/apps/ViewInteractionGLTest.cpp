@@ -6,7 +6,7 @@
 
 #include "ViewProgramRunner.h"
 
-#include "support/GLTestContext.h"
+#include "support/DisplayTest.h"
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -46,18 +46,14 @@ Window findWindow(Display* display, Window from, char const* title)
     return found;
 }
 
-class ViewInteractionGLTest : public ::testing::Test
+class ViewInteractionGLTest : public DisplayTest
 {
 protected:
     void SetUp() override
     {
-        std::string reason;
-        if (!GLTestContext::displayAvailable(&reason)) {
-            char const* required = std::getenv("TARNWICK_REQUIRE_DISPLAY");
-            if (required && std::string(required) == "1")
-                FAIL() << "no X display: " << reason;
-            GTEST_SKIP() << "no X display: " << reason;
-        }
+        DisplayTest::SetUp();
+        if (!displayReady())
+            return;
         mDisplay = openTestDisplay();
         ASSERT_NE(mDisplay, nullptr);
     }

@@ -16,4 +16,4 @@ target_link_libraries(binding_module_load_tests PRIVATE
 target_compile_definitions(binding_module_load_tests PRIVATE
   TARNWICK_OSG_LIBRARY="$<TARGET_FILE:TarnwickOSG>")
 add_dependencies(binding_module_load_tests TarnwickOSG)
-gtest_discover_tests(binding_module_load_tests DISCOVERY_MODE PRE_TEST PROPERTIES LABELS "unit;binding" TIMEOUT 300)
+tarnwick_discover_tests(binding_module_load_tests "unit;binding" 300)

@@ -2,6 +2,8 @@
 #include "programs/CKVProgramManager.h"
 #include "support/GLTest.h"
 
+#include "ProgramVariantBuild.h"
+
 #include <gtest/gtest.h>
 
 #include <osg/GLExtensions>
@@ -23,42 +25,9 @@ namespace {
 
 char const* const kNotBindless = "_USE_NOT_BINDLESS_TEXTURE";
 
-using DefineSet = std::vector<std::string>;
-
-// Compiles and links the variant of `program` that `defines` select, the way
-// a draw would: the defines come from a state set on the state's stack.
-// Returns the compiler's and linker's complaints, empty on success.
-std::string buildVariant(osg::Program& program, osg::State& state, DefineSet const& defines)
-{
-    osg::ref_ptr<osg::StateSet> stateSet = new osg::StateSet;
-    for (std::string const& d : defines)
-        stateSet->setDefine(d);
-    state.pushStateSet(stateSet.get());
-
-    osg::Program::PerContextProgram* pcp = program.getPCP(state);
-    program.compileGLObjects(state);
-
-    std::string problems;
-    for (unsigned int i = 0; i < program.getNumShaders(); ++i)
-    {
-        osg::Shader* shader = program.getShader(i);
-        osg::Shader::PerContextShader* pcs = shader->getPCS(state);
-        if (pcs && pcs->isCompiled())
-            continue;
-        std::string log;
-        if (pcs)
-            pcs->getInfoLog(log);
-        problems += shader->getName() + " does not compile:\n" + log + "\n";
-    }
-    if (!pcp->isLinked())
-    {
-        std::string log;
-        pcp->getInfoLog(log);
-        problems += "link fails:\n" + log + "\n";
-    }
-    state.popStateSet();
-    return problems;
-}
+using programtest::buildVariant;
+using programtest::DefineSet;
+using programtest::describe;
 
 // None, each alone, each pair and all of the kind's defines, each set with
 // `always` added.
@@ -101,10 +70,7 @@ protected:
                 std::string const problems = buildVariant(*program, state, defines);
                 if (problems.empty() || ++failures > 3)
                     continue;
-                std::string names;
-                for (std::string const& d : defines)
-                    names += d + " ";
-                ADD_FAILURE() << "kind " << kind << " with { " << names << "}\n" << problems;
+                ADD_FAILURE() << "kind " << kind << " with " << describe(defines) << "\n" << problems;
             }
             program->releaseGLObjects(&state);
         });

@@ -1,6 +1,8 @@
 #include "programs/CKVProgramKinds.h"
 #include "support/GLTest.h"
 
+#include "ProgramVariantBuild.h"
+
 #include <gtest/gtest.h>
 
 #include <osg/GLObjects>
@@ -17,7 +19,9 @@
 namespace Kelvor {
 namespace {
 
-using DefineSet = std::vector<std::string>;
+using programtest::buildVariant;
+using programtest::DefineSet;
+using programtest::describe;
 
 char const* const kNotBindless = "_USE_NOT_BINDLESS_TEXTURE";
 char const* const kPBR = "_USE_PBR";
@@ -102,46 +106,6 @@ std::vector<DefineSet> combinations(DefineSet const& defines)
     for (std::size_t off = 0; off <= kFewOff; ++off)
         addSubsetsOfSize(defines, off, true, sets);
     return sets;
-}
-
-std::string describe(DefineSet const& defines)
-{
-    std::string text = "{";
-    for (std::string const& d : defines)
-        text += " " + d;
-    return text + " }";
-}
-
-// Compiles and links the variant `defines` select, as a draw would: the
-// defines come from a state set on the state's stack. Empty on success,
-// otherwise what the compiler and the linker said.
-std::string buildVariant(osg::Program& program, osg::State& state, DefineSet const& defines)
-{
-    osg::ref_ptr<osg::StateSet> stateSet = new osg::StateSet;
-    for (std::string const& d : defines)
-        stateSet->setDefine(d);
-    state.pushStateSet(stateSet.get());
-    osg::Program::PerContextProgram* pcp = program.getPCP(state);
-    program.compileGLObjects(state);
-
-    std::string problems;
-    for (unsigned int i = 0; i < program.getNumShaders(); ++i) {
-        osg::Shader* shader = program.getShader(i);
-        osg::Shader::PerContextShader* pcs = shader->getPCS(state);
-        if (pcs && pcs->isCompiled())
-            continue;
-        std::string log;
-        if (pcs)
-            pcs->getInfoLog(log);
-        problems += shader->getName() + " does not compile:\n" + log + "\n";
-    }
-    if (pcp && !pcp->isLinked()) {
-        std::string log;
-        pcp->getInfoLog(log);
-        problems += "link fails:\n" + log + "\n";
-    }
-    state.popStateSet();
-    return problems;
 }
 
 // Kinds whose lists hold defines of the text library: those carry values

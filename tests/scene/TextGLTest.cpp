@@ -75,24 +75,8 @@ protected:
 
     bool settle() { return waitForFrames(mCounter->frames() + 3); }
 
-    osg::ref_ptr<osg::Image> grab() const
-    {
-        osg::ref_ptr<osg::Image> image = new osg::Image;
-        image->allocateImage(kWidth, kHeight, 1, GL_RGBA, GL_UNSIGNED_BYTE);
-        for (int y = 0; y < kHeight; ++y) {
-            for (int x = 0; x < kWidth; ++x) {
-                unsigned char rgb[3] = {0, 0, 0};
-                mHost->readPixel(x, y, rgb);
-                // osg::Image rows run bottom-up.
-                unsigned char* out = image->data(x, kHeight - 1 - y);
-                out[0] = rgb[0];
-                out[1] = rgb[1];
-                out[2] = rgb[2];
-                out[3] = 255;
-            }
-        }
-        return image;
-    }
+    // What the window shows, bottom row first.
+    osg::ref_ptr<osg::Image> grab() const { return mHost->shown(); }
 
     // Pixels brighter than the background (the label is white), and their
     // centre in window pixels from the top left.

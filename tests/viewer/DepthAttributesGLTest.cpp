@@ -4,6 +4,8 @@
 #include "viewer/DepthMask.h"
 #include "viewer/DepthRange.h"
 
+#include "FlatSquare.h"
+
 #include <gtest/gtest.h>
 
 #include <osg/Geode>
@@ -38,21 +40,7 @@ void main()
 // One quarter of the window: column and row 0 or 1.
 osg::ref_ptr<osg::Geode> makeQuarter(int column, int row, float z, osg::Vec4 const& colour)
 {
-    float const x0 = column - 1.0f;
-    float const y0 = row - 1.0f;
-    osg::ref_ptr<osg::Vec3Array> vertices = new osg::Vec3Array;
-    vertices->push_back(osg::Vec3(x0, y0, z));
-    vertices->push_back(osg::Vec3(x0 + 1, y0, z));
-    vertices->push_back(osg::Vec3(x0 + 1, y0 + 1, z));
-    vertices->push_back(osg::Vec3(x0, y0 + 1, z));
-    osg::ref_ptr<osg::Vec4Array> colours = new osg::Vec4Array;
-    colours->push_back(colour);
-    osg::ref_ptr<osg::Geometry> quad = new osg::Geometry;
-    quad->setVertexArray(vertices.get());
-    quad->setColorArray(colours.get(), osg::Array::BIND_OVERALL);
-    quad->addPrimitiveSet(new osg::DrawArrays(GL_TRIANGLE_FAN, 0, 4));
-    osg::ref_ptr<osg::Geode> geode = new osg::Geode;
-    geode->addDrawable(quad.get());
+    osg::ref_ptr<osg::Geode> geode = viewertest::makeFlatSquare(osg::Vec3(column - 1.0f, row - 1.0f, z), 1.0f, colour);
     geode->setCullingActive(false);
     return geode;
 }

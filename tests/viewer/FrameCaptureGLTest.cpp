@@ -52,16 +52,14 @@ public:
     std::vector<std::string> calls;
 };
 
-class CKVFrameCaptureGLTest : public HostDisplayTest
+class CKVFrameCaptureGLTest : public ViewerOnHostWindowTest<kSize, kSize>
 {
 protected:
     void SetUp() override
     {
-        HostDisplayTest::SetUp();
+        ViewerOnHostWindowTest::SetUp();
         if (IsSkipped() || HasFatalFailure())
             return;
-        mSetup = std::make_unique<ViewerOnHostWindow>(kSize, kSize);
-        ASSERT_TRUE(mSetup->valid()) << mSetup->error();
         mSetup->camera()->setClearColor(kClear);
         mDirectory = fs::temp_directory_path() / ("kv-capture-gl-" + std::to_string(::getpid()));
         fs::create_directories(mDirectory);
@@ -69,14 +67,13 @@ protected:
 
     void TearDown() override
     {
-        mSetup.reset();
+        ViewerOnHostWindowTest::TearDown();
         std::error_code ignored;
         fs::remove_all(mDirectory, ignored);
     }
 
     std::string file(char const* name) const { return (mDirectory / name).string(); }
 
-    std::unique_ptr<ViewerOnHostWindow> mSetup;
     fs::path mDirectory;
 };
 

@@ -68,20 +68,8 @@ private:
     std::vector<std::thread::id> mThreads;
 };
 
-class CKVGraphicsWindowX11GLTest : public HostDisplayTest
+class CKVGraphicsWindowX11GLTest : public ViewerOnHostWindowTest<kWidth, kHeight>
 {
-protected:
-    void SetUp() override
-    {
-        HostDisplayTest::SetUp();
-        if (IsSkipped() || HasFatalFailure())
-            return;
-        mSetup = std::make_unique<ViewerOnHostWindow>(kWidth, kHeight);
-        ASSERT_TRUE(mSetup->valid()) << mSetup->error();
-    }
-    void TearDown() override { mSetup.reset(); }
-
-    std::unique_ptr<ViewerOnHostWindow> mSetup;
 };
 
 TEST_F(CKVGraphicsWindowX11GLTest, AttachesToTheHostWindowAndLeavesItOnClose)

@@ -3,6 +3,8 @@
 #include "viewer/CKVMatrixCullVisitor.h"
 #include "viewer/CKVOSGState.h"
 
+#include "FlatSquare.h"
+
 #include <gtest/gtest.h>
 
 #include <osg/BufferIndexBinding>
@@ -107,20 +109,7 @@ osg::ref_ptr<osg::FloatArray> makeBlockArray(unsigned int floats)
 
 osg::ref_ptr<osg::Geode> makeQuad(osg::Vec4 const& colour)
 {
-    osg::ref_ptr<osg::Vec3Array> vertices = new osg::Vec3Array;
-    vertices->push_back(osg::Vec3(-0.5f, -0.5f, 0));
-    vertices->push_back(osg::Vec3(0.5f, -0.5f, 0));
-    vertices->push_back(osg::Vec3(0.5f, 0.5f, 0));
-    vertices->push_back(osg::Vec3(-0.5f, 0.5f, 0));
-    osg::ref_ptr<osg::Vec4Array> colours = new osg::Vec4Array;
-    colours->push_back(colour);
-    osg::ref_ptr<osg::Geometry> quad = new osg::Geometry;
-    quad->setVertexArray(vertices.get());
-    quad->setColorArray(colours.get(), osg::Array::BIND_OVERALL);
-    quad->addPrimitiveSet(new osg::DrawArrays(GL_TRIANGLE_FAN, 0, 4));
-    osg::ref_ptr<osg::Geode> geode = new osg::Geode;
-    geode->addDrawable(quad.get());
-    return geode;
+    return viewertest::makeFlatSquare(osg::Vec3(-0.5f, -0.5f, 0.0f), 1.0f, colour);
 }
 
 osg::Vec2i pixelOf(osg::Vec3 const& world)

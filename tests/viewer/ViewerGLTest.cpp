@@ -17,20 +17,8 @@ struct CountingDrawCallback : osg::Camera::DrawCallback
     mutable int count = 0;
 };
 
-class CKVViewerGLTest : public HostDisplayTest
+class CKVViewerGLTest : public ViewerOnHostWindowTest<kSize, kSize>
 {
-protected:
-    void SetUp() override
-    {
-        HostDisplayTest::SetUp();
-        if (IsSkipped() || HasFatalFailure())
-            return;
-        mSetup = std::make_unique<ViewerOnHostWindow>(kSize, kSize);
-        ASSERT_TRUE(mSetup->valid()) << mSetup->error();
-    }
-    void TearDown() override { mSetup.reset(); }
-
-    std::unique_ptr<ViewerOnHostWindow> mSetup;
 };
 
 TEST_F(CKVViewerGLTest, FrameWithoutSwapDrawsButLeavesTheVisibleBufferAlone)

@@ -9,7 +9,7 @@
 #include "viewer/CKVOSGCamera.h"
 #include "viewer/CKVViewer.h"
 
-#include "HostX11Window.h"
+#include "HostDisplayTest.h"
 
 #include <osg/Geometry>
 #include <osg/GLObjects>
@@ -150,6 +150,24 @@ private:
     osg::ref_ptr<CKVOSGCamera> mCamera;
     osg::ref_ptr<CKVViewer> mViewer;
     osg::ref_ptr<osg::Group> mScene;
+};
+
+// Fixture: a fresh viewer on a Width x Height host window per test.
+template <int Width, int Height>
+class ViewerOnHostWindowTest : public HostDisplayTest
+{
+protected:
+    void SetUp() override
+    {
+        HostDisplayTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        mSetup = std::make_unique<ViewerOnHostWindow>(Width, Height);
+        ASSERT_TRUE(mSetup->valid()) << mSetup->error();
+    }
+    void TearDown() override { mSetup.reset(); }
+
+    std::unique_ptr<ViewerOnHostWindow> mSetup;
 };
 
 // The pixel at (x, y), counted from the bottom left, as 8-bit RGBA.
