@@ -7,6 +7,7 @@
 #include "binding/KVRenderCommandDispatchFactory.h"
 #include "fbx/CKVFBXAnimationImp.h"
 #include "fbx/ReaderWriterFBX.h"
+#include "viewer/CKVAxisHandle.h"
 
 #include "TarnwickCommon/kv_shared_ptr.h"
 #include "TarnwickRender/CKVRenderCallback.h"
@@ -53,6 +54,7 @@ void CKVModuleStartup::staticInitialise()
     registerImageReaderWriters();
     // The other classes' records come with them as they land.
     initRenderCommandDispatchRecords();
+    CKVAxisHandle::desc();
     CKVRenderContextImp::desc();
     CKVRenderContextX11Imp::desc();
     CKVRenderContextRegistry::install();

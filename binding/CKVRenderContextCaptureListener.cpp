@@ -3,6 +3,7 @@
 #include "binding/CKVCameraUniforms.h"
 #include "binding/CKVRenderContextImp.h"
 #include "effects/CKVPostProcessNode.h"
+#include "viewer/CKVAxisHandle.h"
 
 #include "TarnwickRender/CKVCamera.h"
 
@@ -39,6 +40,9 @@ void CKVRenderContextCaptureListener::beginCapture(unsigned int width, unsigned 
         mContext.resizeViews(static_cast<int>(width), static_cast<int>(height));
         mResized = true;
     }
+    // The arrows belong to the window, not to the picture.
+    if (CKVAxisHandle* handle = mContext.getAxisHandle())
+        handle->setVisible(false);
 
     if (osg::Uniform* position = rootUniform(mContext, CKVCameraUniforms::kCameraPosition)) {
         position->get(mSavedPosition);
@@ -75,6 +79,8 @@ void CKVRenderContextCaptureListener::endCapture()
         scaleOnly->set(mSavedScaleOnlyView);
     if (mResized)
         mContext.resizeViews(mViewWidth, mViewHeight);
+    if (CKVAxisHandle* handle = mContext.getAxisHandle())
+        handle->setVisible(true);
 }
 
 } // namespace Kelvor

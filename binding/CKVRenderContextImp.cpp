@@ -7,11 +7,14 @@
 #include "scene/CKVOSGBindlessTexture.h"
 #include "scene/CKVOSGNodeAdapter.h"
 #include "scene/KVBindlessHandleUniform.h"
+#include "viewer/CKVAxisHandle.h"
+#include "viewer/CKVGISCamera.h"
 #include "viewer/CKVOSGCamera.h"
 #include "viewer/CKVOSGState.h"
 #include "viewer/CKVViewer.h"
 #include "viewer/DepthFunc.h"
 #include "viewer/DepthRange.h"
+#include "viewer/UpdateAxisHandle.h"
 
 #include "TarnwickCommon/Common.h"
 #include "TarnwickGeometry/KVMatrixConvert.h"
@@ -283,6 +286,26 @@ void CKVRenderContextImp::configureViewerState()
     }
 }
 
+void CKVRenderContextImp::createGISCamera()
+{
+    mGISCamera = new CKVGISCamera(mMainCamera.get());
+    mRoot->setGISCamera(mGISCamera.get());
+    mRoot->addChild(mGISCamera.get());
+    mConfigApplier.getBackGrounds().setInsertBefore(mGISCamera.get());
+}
+
+void CKVRenderContextImp::createAxisHandle(osg::GraphicsContext* window)
+{
+    kv_shared_ptr<CKVAxisHandle> handle(new CKVAxisHandle);
+    if (!handle->initialize(window))
+        return;
+    mViewer->addSlave(handle->getCamera(), false);
+    osg::View::Slave* slave = mViewer->findSlaveForCamera(handle->getCamera());
+    if (slave)
+        slave->_updateSlaveCallback = new UpdateAxisHandle;
+    mAxisHandle = handle;
+}
+
 void CKVRenderContextImp::addMimeTypeMappings()
 {
     osgDB::Registry* registry = osgDB::Registry::instance();
@@ -302,6 +325,8 @@ bool CKVRenderContextImp::destroy()
     releaseGraphics();
     mViewer = nullptr;
     mMainCamera = nullptr;
+    mAxisHandle = nullptr;
+    mGISCamera = nullptr;
     return true;
 }
 
@@ -320,6 +345,11 @@ void CKVRenderContextImp::releaseGraphics()
     mViewer->setSceneData(nullptr);
     if (mMainCamera.valid())
         mMainCamera->setGraphicsContext(nullptr);
+    // Neither may keep the closed window alive until the context goes.
+    if (mGISCamera.valid())
+        mGISCamera->setGraphicsContext(nullptr);
+    if (mAxisHandle.valid())
+        mAxisHandle->releaseGraphicsContext();
 }
 
 // --- the frame ----------------------------------------------------------------
@@ -473,7 +503,8 @@ bool CKVRenderContextImp::applyCamera(CKVCamera const& camera)
     }
     if (osg::Uniform* uniform = rootUniform(CKVCameraUniforms::kScaleOnlyView))
         uniform->set(CKVCameraUniforms::scaleOnlyView(view));
-    // The axis handle follows the camera once it exists.
+    if (mAxisHandle.valid())
+        mAxisHandle->update(camera);
     return true;
 }
 
@@ -482,7 +513,8 @@ bool CKVRenderContextImp::setViewPort(int width, int height)
     if (!mMainCamera.valid())
         return false;
     resizeViews(width, height);
-    // The axis handle resizes here once it exists.
+    if (mAxisHandle.valid())
+        mAxisHandle->resize(width, height);
     if (osg::Uniform* uniform = rootUniform(kScreenSize))
         uniform->set(osg::Vec2f(static_cast<float>(width), static_cast<float>(height)));
     return true;
@@ -493,7 +525,8 @@ void CKVRenderContextImp::resizeViews(int width, int height)
     int const viewportAndAttachments = osg::Camera::RESIZE_VIEWPORT | osg::Camera::RESIZE_ATTACHMENTS;
     if (mMainCamera.valid())
         mMainCamera->resize(width, height, viewportAndAttachments);
-    // The GIS camera resizes here once it exists.
+    if (mGISCamera.valid())
+        mGISCamera->resize(width, height, viewportAndAttachments);
     mConfigApplier.getBackGrounds().resize(width, height);
     if (mRoot.valid())
         mRoot->resize(width, height);

@@ -22,6 +22,8 @@
 
 namespace Kelvor {
 
+class CKVAxisHandle;
+class CKVGISCamera;
 class CKVOSGCamera;
 class CKVPostProcessNode;
 class CKVScene;
@@ -86,6 +88,9 @@ public:
     CKVPostProcessNode* getRoot() const { return mRoot.get(); }
     CKVScene* getScene() const { return mScene; }
     CKVGraphicsModel* getGraphicsModel() const { return mGraphicsModel.get(); }
+    // Null before `initialize` and after `destroy`.
+    CKVGISCamera* getGISCamera() const { return mGISCamera.get(); }
+    CKVAxisHandle* getAxisHandle() const { return mAxisHandle.get(); }
     bool isConfigured() const { return mConfigured; }
     CKVRenderConfig const& getRenderConfig() const { return mConfigApplier.getRenderConfig(); }
     CKVBackGroundConfig const& getBackGroundConfig() const
@@ -115,6 +120,12 @@ protected:
     void createClipAndWeatherUniforms();
     void createCachesAndScene(CKVScene* scene);
     void configureViewerState();
+    // Before the first frame: the GIS camera joins the root, and new
+    // backgrounds go in before it.
+    void createGISCamera();
+    // After the first frame: the arrows' slave camera on `window`. A handle
+    // that cannot be built is left out.
+    void createAxisHandle(osg::GraphicsContext* window);
     static void addMimeTypeMappings();
 
     // Drops the GL objects and closes the window while its context can still
@@ -162,6 +173,8 @@ private:
     osg::ref_ptr<osg::Uniform> mRainIntensityUniform;
     osg::ref_ptr<osg::Uniform> mClipPlaneCountUniform;
     osg::ref_ptr<osg::Uniform> mClipPlaneArrUniform;
+    osg::ref_ptr<CKVGISCamera> mGISCamera;
+    kv_shared_ptr<CKVAxisHandle> mAxisHandle;
     // Render configuration, backgrounds and water mask; declared last so
     // that its references go before the context's own.
     CKVRenderConfigApplier mConfigApplier;

@@ -98,9 +98,9 @@ bool CKVRenderContextX11Imp::initialize(CKVGraphicsContext* graphicsContext)
     configureViewerState();
     applyRenderConfig(scene ? scene->getRenderConfig() : CKVRenderConfig());
     setActiveUniforms(kMainSceneViewUniforms);
-    // The GIS camera joins the root here once it lands.
+    createGISCamera();
     getViewer()->frame(DBL_MAX);
-    // The axis handle's slave camera joins here once it lands.
+    createAxisHandle(window.get());
     window->startTimer();
     addMimeTypeMappings();
     setConfigured(true);
@@ -144,13 +144,11 @@ bool CKVRenderContextX11Imp::getCapture(char const* path, CKVVec2<unsigned int> 
     if (width == 0 || height == 0)
         return false;
 
-    // The axis handle hides for the capture here once it lands.
     CKVRenderContextCaptureListener listener(*this, camera, viewWidth, viewHeight);
     CKVFrameCapture capture(getViewer(), getMainCamera());
     capture.setListener(&listener);
     bool const written = capture.capture(path, width, height, toOsgMatrix(camera.getViewMatrix()),
                                          toOsgMatrix(camera.getProjectMatrix()), thumbnail);
-    // And shows again here.
     return written;
 }
 

@@ -9,6 +9,7 @@
 #include "programs/CKVProgramManager.h"
 #include "scene/CKVOSGTransformNode.h"
 #include "scene/CKVSceneNodeImp.h"
+#include "viewer/CKVGISCamera.h"
 #include "viewer/CKVOSGCamera.h"
 
 #include <osg/BoundingBox>
@@ -267,6 +268,17 @@ bool CKVPostProcessNode::removeSceneNode(CKVSceneNode* node)
     // Erased last: the list may hold the node's only reference.
     mSceneNodes.erase(found);
     return true;
+}
+
+void CKVPostProcessNode::setGISCamera(CKVGISCamera* camera)
+{
+    if (camera == mGISCamera.get())
+        return;
+    if (mGISCamera.valid())
+        mGISCamera->removeChild(mGISGroup.get());
+    mGISCamera = camera;
+    if (mGISCamera.valid())
+        mGISCamera->addChild(mGISGroup.get());
 }
 
 void CKVPostProcessNode::resize(int width, int height)

@@ -27,6 +27,7 @@ class CBGGeode;
 class CKVDrawBufferSelect;
 class CKVFinalPass;
 class CKVFullScreenGenerator;
+class CKVGISCamera;
 class CKVOSGCamera;
 class CKVSceneRenderTargets;
 
@@ -123,6 +124,10 @@ public:
 
     // Parent of the background node that the GIS camera draws.
     osg::Group* getGISGroup() { return mGISGroup.get(); }
+    // The camera that draws the GIS group behind the scene. The render
+    // context adds it as a child of this node; the group moves under it.
+    void setGISCamera(CKVGISCamera* camera);
+    CKVGISCamera* getGISCamera() const { return mGISCamera.get(); }
     osg::Uniform* getNearFarUniform() { return mNearFarUniform.get(); }
     osg::Uniform* getLightPositionScreenUniform() { return mLightPositionScreenUniform.get(); }
     CKVOSGCamera* getMainCamera() { return mMainCamera.get(); }
@@ -173,6 +178,7 @@ private:
     bool mColorGradingEnabled = false;
     std::vector<kv_shared_ptr<CKVSceneNode>> mSceneNodes;
     osg::ref_ptr<osg::Group> mGISGroup;
+    osg::ref_ptr<CKVGISCamera> mGISCamera;
     // The window's multisample count, shared by the scene targets.
     int mSamples;
 };

@@ -57,6 +57,8 @@ TEST_F(RenderConfigSequenceGLTest, OnlyTheChangedSwitchMovesItsDefine)
     CKVRenderConfig config;
     mScene.setRenderConfig(config);
     ASSERT_NE(start(), nullptr);
+    // The axis handle's arrows get their programs in the first frames.
+    ASSERT_TRUE(waitForFrames(2));
     std::size_t const programs = CKVProgramManager::instance().getCachedProgramCount();
 
     unsigned int changes = defineChanges();
