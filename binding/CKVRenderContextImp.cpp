@@ -2,6 +2,7 @@
 
 #include "binding/CKVCameraUniforms.h"
 #include "effects/CKVPostProcessNode.h"
+#include "picking/CKVScenePicker.h"
 #include "programs/CKVProgramManager.h"
 #include "programs/CKVRenderStateManager.h"
 #include "scene/CKVOSGBindlessTexture.h"
@@ -563,23 +564,21 @@ bool CKVRenderContextImp::getCapture(char const*, CKVVec2<unsigned int> const&, 
     return false;
 }
 
-bool CKVRenderContextImp::pickSelectObject(CKVPoint3D const&, CKVSelectionResult&)
+bool CKVRenderContextImp::pickSelectObject(CKVPoint3D const& pixel, CKVSelectionResult& result)
 {
-    // Line picking lands with the picking subsystem.
-    return false;
+    return CKVScenePicker(mViewer.valid() ? mMainCamera.get() : nullptr).pick(pixel, result);
 }
 
-bool CKVRenderContextImp::areaSelectObject(CKVPoint3D const&, CKVPoint3D const&, unsigned int,
-                                           std::vector<CKVSelectionResult>&)
+bool CKVRenderContextImp::areaSelectObject(CKVPoint3D const& corner1, CKVPoint3D const& corner2, unsigned int maxCount,
+                                           std::vector<CKVSelectionResult>& results)
 {
-    // Area selection lands with the picking subsystem.
-    return false;
+    return CKVScenePicker(mViewer.valid() ? mMainCamera.get() : nullptr).select(corner1, corner2, maxCount, results);
 }
 
-bool CKVRenderContextImp::lineSegmentIntersection(CKVPoint3D const&, CKVPoint3D const&, CKVSelectionResult&)
+bool CKVRenderContextImp::lineSegmentIntersection(CKVPoint3D const& start, CKVPoint3D const& end,
+                                                  CKVSelectionResult& result)
 {
-    // Segment intersection lands with the picking subsystem.
-    return false;
+    return CKVScenePicker(mViewer.valid() ? mMainCamera.get() : nullptr).intersect(start, end, result);
 }
 
 bool CKVRenderContextImp::setTerrainHeight(float)

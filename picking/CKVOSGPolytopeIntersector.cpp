@@ -1,0 +1,164 @@
+#include "picking/CKVOSGPolytopeIntersector.h"
+
+#include "picking/PolytopeIntersectFunctor.h"
+#include "scene/CKVOSGGeometry.h"
+
+#include "TarnwickRender/CKVBufferGeometry.h"
+
+#include <osg/KdTree>
+#include <osg/TemplatePrimitiveFunctor>
+
+#include <cstring>
+
+namespace Kelvor {
+
+namespace {
+
+template <typename Vec3>
+void intersectPrimitives(osg::Drawable& drawable, osg::KdTree const* tree, PolytopeIntersectorUtils::Settings* settings)
+{
+    osg::TemplatePrimitiveFunctor<PolytopeIntersectorUtils::IntersectFunctor<Vec3>> functor;
+    functor.setSettings(settings);
+    if (tree)
+        functor.walk(*tree, tree->getNode(0));
+    else
+        drawable.accept(functor);
+}
+
+} // namespace
+
+bool CKVOSGPolytopeIntersector::Intersection::operator<(Intersection const& other) const
+{
+    osgUtil::PolytopeIntersector::Intersection const& base = *this;
+    osgUtil::PolytopeIntersector::Intersection const& otherBase = other;
+    if (base < otherBase)
+        return true;
+    if (otherBase < base)
+        return false;
+    return instanceIndex < other.instanceIndex;
+}
+
+CKVOSGPolytopeIntersector::CKVOSGPolytopeIntersector(osg::Polytope const& polytope)
+    : osgUtil::PolytopeIntersector(polytope)
+{
+}
+
+CKVOSGPolytopeIntersector::CKVOSGPolytopeIntersector(CoordinateFrame frame, osg::Polytope const& polytope)
+    : osgUtil::PolytopeIntersector(frame, polytope)
+{
+}
+
+CKVOSGPolytopeIntersector::CKVOSGPolytopeIntersector(CoordinateFrame frame, double xMin, double yMin, double xMax,
+                                                     double yMax)
+    : osgUtil::PolytopeIntersector(frame, xMin, yMin, xMax, yMax)
+{
+}
+
+CKVOSGPolytopeIntersector::Intersections& CKVOSGPolytopeIntersector::getIntersections()
+{
+    // Only our clone() sets the parent, and always to one of ours.
+    return _parent ? static_cast<CKVOSGPolytopeIntersector*>(_parent)->mIntersections : mIntersections;
+}
+
+bool CKVOSGPolytopeIntersector::containsIntersections()
+{
+    return !getIntersections().empty();
+}
+
+void CKVOSGPolytopeIntersector::reset()
+{
+    osgUtil::PolytopeIntersector::reset();
+    mIntersections.clear();
+}
+
+osgUtil::Intersector* CKVOSGPolytopeIntersector::clone(osgUtil::IntersectionVisitor& visitor)
+{
+    osg::ref_ptr<CKVOSGPolytopeIntersector> copy;
+    if (_coordinateFrame == MODEL && !visitor.getModelMatrix())
+    {
+        copy = new CKVOSGPolytopeIntersector(_polytope);
+        copy->_referencePlane = _referencePlane;
+    }
+    else
+    {
+        osg::Matrix matrix;
+        osg::RefMatrix const* const window = visitor.getWindowMatrix();
+        osg::RefMatrix const* const projection = visitor.getProjectionMatrix();
+        osg::RefMatrix const* const view = visitor.getViewMatrix();
+        osg::RefMatrix const* const model = visitor.getModelMatrix();
+        // Model to the intersector's frame: model, then view, projection and
+        // window as far as the frame goes.
+        switch (_coordinateFrame)
+        {
+        case WINDOW:
+            if (window)
+                matrix.preMult(*window);
+            // fall through
+        case PROJECTION:
+            if (projection)
+                matrix.preMult(*projection);
+            // fall through
+        case VIEW:
+            if (view)
+                matrix.preMult(*view);
+            // fall through
+        case MODEL:
+            if (model)
+                matrix.preMult(*model);
+            break;
+        }
+        osg::Polytope transformed;
+        transformed.setAndTransformProvidingInverse(_polytope, matrix);
+        copy = new CKVOSGPolytopeIntersector(transformed);
+        copy->_referencePlane = _referencePlane;
+        copy->_referencePlane.transformProvidingInverse(matrix);
+    }
+    copy->_parent = _parent ? _parent : this;
+    copy->setIntersectionLimit(getIntersectionLimit());
+    copy->setPrimitiveMask(getPrimitiveMask());
+    copy->setPrecisionHint(getPrecisionHint());
+    return copy.release();
+}
+
+void CKVOSGPolytopeIntersector::intersect(osgUtil::IntersectionVisitor& visitor, osg::Drawable* drawable)
+{
+    if (reachedLimit())
+        return;
+
+    osg::BoundingBox box = drawable->getBoundingBox();
+    if (std::strcmp(drawable->className(), CKVOSGGeometry::s_className) == 0)
+    {
+        if (CKVBufferGeometry const* host = static_cast<CKVOSGGeometry*>(drawable)->getHostGeometry())
+        {
+            CKVBndBox const vertices = host->getVertexBoundingBox();
+            box.set(osg::Vec3f(float(vertices.minPt().x), float(vertices.minPt().y), float(vertices.minPt().z)),
+                    osg::Vec3f(float(vertices.maxPt().x), float(vertices.maxPt().y), float(vertices.maxPt().z)));
+        }
+    }
+    if (drawable->getCullingActive() && !_polytope.contains(box))
+        return;
+
+    osg::ref_ptr<PolytopeIntersectorUtils::Settings> settings = new PolytopeIntersectorUtils::Settings;
+    settings->mPolytopeIntersector = this;
+    settings->mIntersectionVisitor = &visitor;
+    settings->mDrawable = drawable;
+    settings->mLimitOneIntersection =
+        getIntersectionLimit() == LIMIT_ONE_PER_DRAWABLE || getIntersectionLimit() == LIMIT_ONE;
+    settings->mPrimitiveMask = getPrimitiveMask();
+
+    osg::KdTree const* tree = nullptr;
+    osg::Shape const* shape = drawable->getShape();
+    if (visitor.getUseKdTreeWhenAvailable() && shape && std::strcmp(shape->className(), "KdTree") == 0)
+    {
+        tree = static_cast<osg::KdTree const*>(shape);
+        if (tree->getNodes().empty())
+            tree = nullptr;
+    }
+
+    if (getPrecisionHint() == USE_DOUBLE_CALCULATIONS)
+        intersectPrimitives<osg::Vec3d>(*drawable, tree, settings.get());
+    else
+        intersectPrimitives<osg::Vec3f>(*drawable, tree, settings.get());
+}
+
+} // namespace Kelvor

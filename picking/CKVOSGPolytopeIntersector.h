@@ -1,0 +1,50 @@
+#pragma once
+
+#include <osgUtil/PolytopeIntersector>
+
+#include <set>
+
+namespace Kelvor {
+
+// A polytope intersector that knows buffer geometry in the same two ways as
+// CKVOSGLineSegmentIntersector: the host's vertex box stands for a
+// CKVOSGGeometry's extent, and its instances are tried one by one by
+// CKVOSGIntersectionVisitor. The primitive tests are our own
+// (PolytopeIntersectorUtils::IntersectFunctor), since the stock ones are not
+// exposed.
+//
+// The records are our own too. The stock record has no instance index, and
+// the stock set orders by distance, primitive, path and drawable only: two
+// instances of one geometry at the same depth would count as one hit and the
+// second would be dropped. Our record adds the index and orders by it last.
+class CKVOSGPolytopeIntersector : public osgUtil::PolytopeIntersector
+{
+public:
+    struct Intersection : public osgUtil::PolytopeIntersector::Intersection
+    {
+        unsigned int instanceIndex = 0;
+
+        bool operator<(Intersection const& other) const;
+    };
+    typedef std::set<Intersection> Intersections;
+
+    explicit CKVOSGPolytopeIntersector(osg::Polytope const& polytope);
+    CKVOSGPolytopeIntersector(CoordinateFrame frame, osg::Polytope const& polytope);
+    // The window-frame box of an area selection (see the base constructor).
+    CKVOSGPolytopeIntersector(CoordinateFrame frame, double xMin, double yMin, double xMax, double yMax);
+
+    osgUtil::Intersector* clone(osgUtil::IntersectionVisitor& visitor) override;
+    void intersect(osgUtil::IntersectionVisitor& visitor, osg::Drawable* drawable) override;
+    void reset() override;
+    bool containsIntersections() override;
+
+    // The hits of the query, nearest to the reference plane first; a clone
+    // answers with its parent's.
+    Intersections& getIntersections();
+    void insertIntersection(Intersection const& intersection) { getIntersections().insert(intersection); }
+
+private:
+    Intersections mIntersections;
+};
+
+} // namespace Kelvor

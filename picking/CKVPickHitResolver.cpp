@@ -1,0 +1,107 @@
+#include "picking/CKVPickHitResolver.h"
+
+#include "picking/CKVInstanceMatrix.h"
+#include "scene/CKVOSGGeometry.h"
+#include "scene/CKVOSGText2D.h"
+#include "scene/CKVOSGTransformNode.h"
+
+#include "TarnwickRender/CKVBufferGeometry.h"
+#include "TarnwickRender/CKVLogicBufferGeometry.h"
+#include "TarnwickRender/CKVSelectionResult.h"
+#include "TarnwickRender/CKVTextGeometry.h"
+
+#include <cstring>
+
+namespace Kelvor {
+
+namespace {
+
+bool isClass(osg::Object const* object, char const* name)
+{
+    return std::strcmp(object->className(), name) == 0;
+}
+
+// The host scene node that holds what was hit: the nearest transform node at
+// or above `from`.
+CKVSceneNode const* sceneNodeAbove(osg::NodePath const& path, std::size_t from)
+{
+    for (std::size_t i = from + 1; i-- > 0;)
+    {
+        if (path[i] && isClass(path[i], CKVOSGTransformNode::s_className))
+            return static_cast<CKVOSGTransformNode const*>(path[i])->tryGetSceneNode();
+    }
+    return nullptr;
+}
+
+} // namespace
+
+bool CKVPickHitResolver::resolve(Hit const& hit, CKVSelectionResult& result)
+{
+    osg::NodePath path;
+    if (hit.nodePath)
+        path = *hit.nodePath;
+    // The visitor's path already ends in the drawable when it was reached
+    // as a child; a drawable tested straight from a geode may be missing.
+    if (hit.drawable && (path.empty() || path.back() != hit.drawable))
+        path.push_back(hit.drawable);
+
+    for (std::size_t i = path.size(); i-- > 0;)
+    {
+        osg::Node const* node = path[i];
+        if (!node)
+            continue;
+        CKVLogicRenderObject const* logic = nullptr;
+        bool instance = false;
+        if (isClass(node, CKVOSGGeometry::s_className))
+        {
+            if (CKVBufferGeometry const* host = static_cast<CKVOSGGeometry const*>(node)->getHostGeometry())
+            {
+                CKVLogicBufferGeometry const* buffer = host->queryLogicBuffer(hit.instanceIndex, hit.primitiveIndex);
+                logic = buffer;
+                instance = buffer && buffer->isInstance();
+            }
+        }
+        else if (isClass(node, CKVOSGText2D::s_className))
+        {
+            if (CKVTextGeometry const* host = static_cast<CKVOSGText2D const*>(node)->getHostGeometry())
+                logic = host->getLogicObject();
+        }
+        if (!logic || !logic->getDrawable())
+            continue;
+
+        osg::Vec3d const world = hit.matrix ? hit.localPoint * osg::Matrixd(*hit.matrix) : hit.localPoint;
+        result.setPosition(CKVPoint3D(world.x(), world.y(), world.z()));
+        result.setDrawable(logic->getDrawable());
+        result.setInstanceIndex(instance ? hit.instanceIndex : CKVSelectionResult::kNoInstance);
+        result.setSceneNode(sceneNodeAbove(path, i));
+        return true;
+    }
+    return false;
+}
+
+bool CKVPickHitResolver::resolve(osgUtil::LineSegmentIntersector::Intersection const& record,
+                                 CKVSelectionResult& result)
+{
+    Hit hit;
+    hit.nodePath = &record.nodePath;
+    hit.drawable = record.drawable.get();
+    hit.matrix = record.matrix.get();
+    hit.localPoint = record.localIntersectionPoint;
+    hit.primitiveIndex = record.primitiveIndex;
+    hit.instanceIndex = CKVInstanceMatrix::instanceIndexOf(record.matrix.get());
+    return resolve(hit, result);
+}
+
+bool CKVPickHitResolver::resolve(CKVOSGPolytopeIntersector::Intersection const& record, CKVSelectionResult& result)
+{
+    Hit hit;
+    hit.nodePath = &record.nodePath;
+    hit.drawable = record.drawable.get();
+    hit.matrix = record.matrix.get();
+    hit.localPoint = osg::Vec3d(record.localIntersectionPoint);
+    hit.primitiveIndex = record.primitiveIndex;
+    hit.instanceIndex = record.instanceIndex;
+    return resolve(hit, result);
+}
+
+} // namespace Kelvor

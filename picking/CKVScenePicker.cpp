@@ -1,0 +1,89 @@
+#include "picking/CKVScenePicker.h"
+
+#include "picking/CKVOSGIntersectionVisitor.h"
+#include "picking/CKVOSGLineSegmentIntersector.h"
+#include "picking/CKVOSGPolytopeIntersector.h"
+#include "picking/CKVPickHitResolver.h"
+
+#include "TarnwickRender/CKVSelectionResult.h"
+
+#include <algorithm>
+
+namespace Kelvor {
+
+namespace {
+
+bool firstResolved(osgUtil::LineSegmentIntersector& intersector, CKVSelectionResult& result)
+{
+    for (osgUtil::LineSegmentIntersector::Intersection const& record : intersector.getIntersections())
+    {
+        if (CKVPickHitResolver::resolve(record, result))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+CKVScenePicker::CKVScenePicker(osg::Camera* camera)
+    : mCamera(camera)
+{
+}
+
+bool CKVScenePicker::pick(CKVPoint3D const& pixel, CKVSelectionResult& result) const
+{
+    if (!mCamera || !mCamera->getViewport())
+        return false;
+    double const height = mCamera->getViewport()->height();
+    osg::ref_ptr<CKVOSGLineSegmentIntersector> intersector =
+        new CKVOSGLineSegmentIntersector(osgUtil::Intersector::WINDOW, pixel.x, height - pixel.y);
+    CKVOSGIntersectionVisitor visitor(intersector.get());
+    visitor.setTraversalMask(~0u);
+    mCamera->accept(visitor);
+    return firstResolved(*intersector, result);
+}
+
+bool CKVScenePicker::intersect(CKVPoint3D const& start, CKVPoint3D const& end, CKVSelectionResult& result) const
+{
+    if (!mCamera || !mCamera->getViewport())
+        return false;
+    osg::ref_ptr<CKVOSGLineSegmentIntersector> intersector =
+        new CKVOSGLineSegmentIntersector(osg::Vec3d(start.x, start.y, start.z), osg::Vec3d(end.x, end.y, end.z));
+    CKVOSGIntersectionVisitor visitor(intersector.get());
+    visitor.setTraversalMask(~0u);
+    mCamera->accept(visitor);
+    return firstResolved(*intersector, result);
+}
+
+bool CKVScenePicker::select(CKVPoint3D const& corner1, CKVPoint3D const& corner2, unsigned int maxCount,
+                            std::vector<CKVSelectionResult>& results) const
+{
+    if (maxCount == 0 || !mCamera || !mCamera->getViewport())
+        return false;
+    double const height = mCamera->getViewport()->height();
+    double const x1 = corner1.x;
+    double const y1 = height - corner1.y;
+    double const x2 = corner2.x;
+    double const y2 = height - corner2.y;
+    osg::ref_ptr<CKVOSGPolytopeIntersector> intersector = new CKVOSGPolytopeIntersector(
+        osgUtil::Intersector::WINDOW, std::min(x1, x2), std::min(y1, y2), std::max(x1, x2), std::max(y1, y2));
+    CKVOSGIntersectionVisitor visitor(intersector.get());
+    visitor.setTraversalMask(~0u);
+    mCamera->accept(visitor);
+
+    results.clear();
+    for (CKVOSGPolytopeIntersector::Intersection const& record : intersector->getIntersections())
+    {
+        if (results.size() >= maxCount)
+            break;
+        CKVSelectionResult result;
+        if (!CKVPickHitResolver::resolve(record, result))
+            continue;
+        if (!results.empty() && results.back().getDrawable() == result.getDrawable())
+            continue;
+        results.push_back(result);
+    }
+    return !results.empty();
+}
+
+} // namespace Kelvor
