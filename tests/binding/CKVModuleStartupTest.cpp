@@ -97,6 +97,44 @@ TEST(CKVModuleStartupTest, ContextClassesCanBeCreatedByName)
     }
 }
 
+TEST(CKVModuleStartupTest, EveryClassTheHostMaySeeHasARecordUnderItsBase)
+{
+    // A class whose record is missing, or hangs under the wrong base, is
+    // invisible to the host's isKindOf checks and to creation by name.
+    struct Expected
+    {
+        char const* name;
+        char const* base;
+        bool creatable;
+    };
+    Expected const classes[] = {
+        {"CKVFBXAnimationImp", "CKVFBXAnimation", false},
+        {"CKVAxisHandle", "CKVSharedObject", true},
+        {"CKVBackGround", "CKVSharedObject", true},
+        {"CKVBackGroundColor", "CKVBackGround", true},
+        {"CKVBackGroundSkyBox", "CKVBackGround", true},
+        {"CKVBackGroundWaterMask", "CKVBackGround", true},
+        {"CKVBufferGeometryImp", "CKVBufferGeometry", true},
+        {"CKVLfpImport", "CKVModelImportExport", true},
+        {"CKVOSGBImport", "CKVModelImportExport", true},
+        {"CKVS3CImport", "CKVModelImportExport", true},
+        {"CKVRenderContextImp", "CKVRenderContext", true},
+        {"CKVRenderContextX11Imp", "CKVRenderContextImp", true},
+        {"CKVSceneNodeImp", "CKVSceneNode", true},
+        {"CKVTextGeometryImp", "CKVTextGeometry", true},
+        {"CKVUniformImp", "CKVUniform", true},
+        {"CKVVertexBufferAttributeImp", "CKVVertexBufferAttribute", true},
+        {"CKVVertexIndexImp", "CKVVertexIndex", true},
+    };
+    for (Expected const& expected : classes) {
+        CKVRuntimeClass const* record = CKVRuntimeClass::find(expected.name);
+        ASSERT_NE(record, nullptr) << expected.name;
+        ASSERT_NE(record->base(), nullptr) << expected.name;
+        EXPECT_STREQ(record->base()->name(), expected.base) << expected.name;
+        EXPECT_EQ(record->canCreate(), expected.creatable) << expected.name;
+    }
+}
+
 TEST(KVNotifyHandlerTest, LogsKnownSeveritiesWithTheirTimeAndSkipsTheRest)
 {
     CKVAString path;

@@ -58,22 +58,17 @@ void cull(CKVPostProcessNode& root, osg::Camera& camera, osg::Matrixd const& vie
     visitor->popViewport();
 }
 
-TEST(CKVPostProcessNodeTest, TakesTheMainCameraSettingsOfTheScenePass)
+TEST(CKVPostProcessNodeTest, TakesTheMainCameraSettingsForTheScenePass)
 {
     osg::ref_ptr<CKVOSGCamera> main = makeMainCamera();
     osg::ref_ptr<CKVPostProcessNode> root = new CKVPostProcessNode(main.get(), new osg::FloatArray(112), 4);
-    EXPECT_EQ(root->getName(), "PostProcessCamera");
-    EXPECT_STREQ(root->className(), "CKVPostProcessNode");
+    // Renders the scene before the window's own pass, into its targets.
     EXPECT_EQ(root->getRenderOrder(), osg::Camera::PRE_RENDER);
-    EXPECT_EQ(root->getRenderOrderNum(), 19);
     EXPECT_EQ(root->getRenderTargetImplementation(), osg::Camera::FRAME_BUFFER_OBJECT);
-    EXPECT_EQ(root->getClearMask(), static_cast<GLbitfield>(GL_DEPTH_BUFFER_BIT));
-    EXPECT_EQ(root->getInheritanceMask(), 0x60000u);
     EXPECT_EQ(root->getClearColor(), main->getClearColor());
     EXPECT_EQ(root->getCullingMode(), 15u);
     EXPECT_FLOAT_EQ(root->getSmallFeatureCullingPixelSize(), 3.0f);
-    EXPECT_FALSE(root->getAllowEventFocus());
-    EXPECT_FALSE(root->isActive());
+    EXPECT_FALSE(root->isActive()) << "no effect is on yet";
     EXPECT_EQ(root->getSamples(), 4);
     ASSERT_NE(root->getStateSet(), nullptr);
     EXPECT_EQ(root->getStateSet()->getUniform("nearFar"), root->getNearFarUniform());

@@ -77,40 +77,25 @@ protected:
     CKVCamera mCamera;
 };
 
-TEST_F(RenderContextCaptureGLTest, OddSizesRoundDownAndBothFormatsAreWritten)
+TEST_F(RenderContextCaptureGLTest, OddSizeRoundsDownAndTheCaptureShowsTheBackground)
 {
-    for (char const* name : {"odd.png", "odd.jpg"}) {
-        std::string const path = outputPath(name);
-        std::remove(path.c_str());
-        ASSERT_TRUE(capture(path, 101, 77, false)) << name;
-        osg::ref_ptr<osg::Image> image = osgDB::readRefImageFile(path);
-        ASSERT_TRUE(image.valid()) << name;
-        EXPECT_EQ(image->s(), 100) << name;
-        EXPECT_EQ(image->t(), 76) << name;
-        // The capture shows the background colour too.
-        unsigned char const* centre = image->data(50, 38);
-        EXPECT_NEAR(centre[0], 204, 6) << name;
-        EXPECT_NEAR(centre[1], 51, 6) << name;
-        EXPECT_NEAR(centre[2], 102, 6) << name;
-        std::remove(path.c_str());
-    }
+    std::string const path = outputPath("odd.png");
+    std::remove(path.c_str());
+    ASSERT_TRUE(capture(path, 101, 77, false));
+    osg::ref_ptr<osg::Image> image = osgDB::readRefImageFile(path);
+    std::remove(path.c_str());
+    ASSERT_TRUE(image.valid());
+    EXPECT_EQ(image->s(), 100);
+    EXPECT_EQ(image->t(), 76);
+    unsigned char const* centre = image->data(50, 38);
+    EXPECT_NEAR(centre[0], 204, 6);
+    EXPECT_NEAR(centre[1], 51, 6);
+    EXPECT_NEAR(centre[2], 102, 6);
     // The window's viewport is back after the capture's resize.
     int width = 0, height = 0;
     ASSERT_TRUE(mContext->getViewPort(width, height));
     EXPECT_EQ(width, kWidth);
     EXPECT_EQ(height, kHeight);
-}
-
-TEST_F(RenderContextCaptureGLTest, ASizeBelowTwoCapturesNothing)
-{
-    std::string const path = outputPath("tiny.png");
-    std::remove(path.c_str());
-    EXPECT_FALSE(capture(path, 1, 64, false));
-    EXPECT_FALSE(capture(path, 64, 0, true));
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    EXPECT_EQ(file, nullptr);
-    if (file)
-        std::fclose(file);
 }
 
 TEST_F(RenderContextCaptureGLTest, OnlyADifferentSizeResizesThePasses)

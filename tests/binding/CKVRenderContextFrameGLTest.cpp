@@ -1,8 +1,6 @@
 #include "RenderContextFixture.h"
 
 #include "TarnwickRender/CKVOperator.h"
-#include "TarnwickRender/CKVRCAttachSceneData.h"
-#include "TarnwickRender/CKVRCSetViewPort.h"
 
 #include <mutex>
 #include <vector>
@@ -93,25 +91,6 @@ TEST_F(RenderContextFrameGLTest, CommandsFromAnotherThreadRunInOrderBeforeTheFra
         EXPECT_EQ(order[i], i);
     for (unsigned int frames : framesSeen)
         EXPECT_EQ(frames, framesSeen.front());
-}
-
-TEST_F(RenderContextFrameGLTest, HostRecordsReachTheContextThroughTheDispatchFactory)
-{
-    ASSERT_NE(start(), nullptr);
-    kv_shared_ptr<CKVRCSetViewPort> resize = new CKVRCSetViewPort(40, 30);
-    ASSERT_TRUE(mContext->getRenderCommandCache()->submitAndWait(resize.get(), 10000));
-    int width = 0, height = 0;
-    bool const known = mContext->getViewPort(width, height);
-    EXPECT_TRUE(known);
-    EXPECT_EQ(width, 40);
-    EXPECT_EQ(height, 30);
-
-    // A record whose dispatch fails (no node to attach) still wakes its
-    // writer, and the frames go on after it.
-    kv_shared_ptr<CKVRCAttachSceneData> attach = new CKVRCAttachSceneData(nullptr);
-    EXPECT_TRUE(mContext->getRenderCommandCache()->submitAndWait(attach.get(), 10000));
-    unsigned int const frames = mCounter->frames();
-    EXPECT_TRUE(waitForFrames(frames + 2));
 }
 
 TEST_F(RenderContextFrameGLTest, DestroyWhileAHostThreadWritesStopsTheTicks)

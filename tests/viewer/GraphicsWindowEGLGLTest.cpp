@@ -2,16 +2,14 @@
 
 #include "viewer/CKVFrameCapture.h"
 #include "viewer/CKVGraphicsWindowEGL.h"
-#include "viewer/CKVOSGCamera.h"
-#include "viewer/CKVViewer.h"
 
 #include "ViewerOnHostWindow.h"
 
-#include <osg/GLObjects>
 #include <osgDB/ReadFile>
 
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <unistd.h>
 
@@ -41,35 +39,14 @@ protected:
                 FAIL() << "no EGL context";
             GTEST_SKIP() << "no EGL context on this machine";
         }
-        mCamera = new CKVOSGCamera;
-        mCamera->setGraphicsContext(mWindow.get());
-        mCamera->setViewport(0, 0, kSize, kSize);
-        mCamera->setProjectionMatrixAsOrtho2D(-1.0, 1.0, -1.0, 1.0);
-        mCamera->setComputeNearFarMode(osg::CullSettings::DO_NOT_COMPUTE_NEAR_FAR);
-        mCamera->setClearMask(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-        mCamera->setClearColor(kClear);
-        mViewer = new CKVViewer;
-        mViewer->setCamera(mCamera.get());
-        mViewer->setThreadingModel(osgViewer::ViewerBase::SingleThreaded);
-        mScene = new osg::Group;
-        mScene->addChild(makeQuad().get());
-        mViewer->setSceneData(mScene.get());
-        mViewer->realize();
-        ASSERT_TRUE(mViewer->isRealized());
+        mRig = std::make_unique<ViewerRig>(mWindow.get(), kSize, kSize);
+        mRig->camera()->setClearColor(kClear);
+        ASSERT_TRUE(mRig->viewer()->isRealized());
     }
 
     void TearDown() override
     {
-        if (mViewer.valid()) {
-            if (mWindow->makeCurrent()) {
-                mScene->releaseGLObjects(mWindow->getState());
-                osg::flushAllDeletedGLObjects(mWindow->getState()->getContextID());
-                mWindow->releaseContext();
-            }
-            mViewer->setSceneData(nullptr);
-            mViewer = nullptr;
-        }
-        mCamera = nullptr;
+        mRig.reset();
         if (mWindow.valid())
             mWindow->close();
         mWindow = nullptr;
@@ -77,24 +54,14 @@ protected:
             ::setenv("DISPLAY", mDisplay.c_str(), 1);
     }
 
-    void frame()
-    {
-        mViewer->advance(DBL_MAX);
-        mViewer->updateTraversal();
-        mViewer->renderingTraversals();
-    }
-
     std::string mDisplay;
     osg::ref_ptr<CKVGraphicsWindowEGL> mWindow;
-    osg::ref_ptr<CKVOSGCamera> mCamera;
-    osg::ref_ptr<CKVViewer> mViewer;
-    osg::ref_ptr<osg::Group> mScene;
+    std::unique_ptr<ViewerRig> mRig;
 };
 
 TEST_F(CKVGraphicsWindowEGLGLTest, DrawsWithoutAnyDisplay)
 {
-    EXPECT_STREQ(mWindow->className(), "CKVGraphicsWindowEGL");
-    frame();
+    mRig->frame();
     ASSERT_TRUE(mWindow->makeCurrent());
     osg::ref_ptr<osg::Image> image = new osg::Image;
     image->readPixels(0, 0, kSize, kSize, GL_RGBA, GL_UNSIGNED_BYTE);
@@ -106,8 +73,8 @@ TEST_F(CKVGraphicsWindowEGLGLTest, DrawsWithoutAnyDisplay)
 TEST_F(CKVGraphicsWindowEGLGLTest, CapturesLargerThanItselfToFile)
 {
     fs::path const path = fs::temp_directory_path() / ("kv-headless-" + std::to_string(::getpid()) + ".png");
-    CKVFrameCapture capture(mViewer.get(), mCamera.get());
-    ASSERT_TRUE(capture.capture(path.string(), 200, 120, osg::Matrixd(), mCamera->getProjectionMatrix(), true));
+    CKVFrameCapture capture(mRig->viewer(), mRig->camera());
+    ASSERT_TRUE(capture.capture(path.string(), 200, 120, osg::Matrixd(), mRig->camera()->getProjectionMatrix(), true));
     osg::ref_ptr<osg::Image> written = osgDB::readImageFile(path.string());
     fs::remove(path);
     ASSERT_TRUE(written.valid());

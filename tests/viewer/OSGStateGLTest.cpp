@@ -145,6 +145,22 @@ public:
     static osg::Matrixd offsetAt(unsigned int frameNumber) { return osg::Matrixd::translate(0.25 * frameNumber, 0, 0); }
 };
 
+// Gives the test viewer's camera the culling the backend's renderer sets up,
+// looking through kView and kProjection.
+bool cullWithMatrixVisitor(osg::Camera& camera)
+{
+    auto* renderer = dynamic_cast<osgViewer::Renderer*>(camera.getRenderer());
+    if (renderer == nullptr)
+        return false;
+    renderer->getSceneView(0)->setCullVisitor(new CKVMatrixCullVisitor);
+    renderer->getSceneView(1)->setCullVisitor(new CKVMatrixCullVisitor);
+    camera.setViewMatrix(kView);
+    camera.setProjectionMatrix(kProjection);
+    camera.setComputeNearFarMode(osg::CullSettings::DO_NOT_COMPUTE_NEAR_FAR);
+    camera.setClearColor(kClear);
+    return true;
+}
+
 class OSGStateGLTest : public GLTest
 {
 protected:
@@ -160,18 +176,7 @@ protected:
         EXPECT_EQ(mState->getContextID(), stockContextID);
         EXPECT_EQ(mState->getGraphicsContext(), context().graphicsContext());
 
-        // The backend's renderer gives its scene view this visitor; the
-        // test viewer is a stock one.
-        auto* renderer = dynamic_cast<osgViewer::Renderer*>(context().camera()->getRenderer());
-        ASSERT_NE(renderer, nullptr);
-        renderer->getSceneView(0)->setCullVisitor(new CKVMatrixCullVisitor);
-        renderer->getSceneView(1)->setCullVisitor(new CKVMatrixCullVisitor);
-
-        osg::Camera& camera = *context().camera();
-        camera.setViewMatrix(kView);
-        camera.setProjectionMatrix(kProjection);
-        camera.setComputeNearFarMode(osg::CullSettings::DO_NOT_COMPUTE_NEAR_FAR);
-        camera.setClearColor(kClear);
+        ASSERT_TRUE(cullWithMatrixVisitor(*context().camera()));
 
         mCameraArray = makeBlockArray(kCameraFloats);
         mEntityArray = makeBlockArray(kEntityFloats);
@@ -216,6 +221,16 @@ protected:
         return values;
     }
 
+    // The camera block holds kView and kProjection.
+    void expectCameraBlock()
+    {
+        std::vector<float> const camera = readBack(*mCameraArray);
+        expectMatrix(&camera[0], osg::Matrixf(kView), "kv_ViewMatrix");
+        expectMatrix(&camera[16], osg::Matrixf::inverse(osg::Matrixf(kView)), "kv_ViewMatrixInverse");
+        expectMatrix(&camera[32], osg::Matrixf(kView * kProjection), "kv_ViewProjectionMatrix");
+        expectMatrix(&camera[48], osg::Matrixf(kProjection), "kv_ProjectionMatrix");
+    }
+
     // Makes the blocks' GL buffers, as the first frame would.
     void compileBlocks(osg::State& state)
     {
@@ -243,11 +258,7 @@ TEST_F(OSGStateGLTest, BlocksHoldTheCameraAndTheModelOfTheDraw)
 
     expectColour(*image, osg::Vec3(1.5f, -1.0f, 0), osg::Vec4(1, 0, 0, 1));
     expectColour(*image, osg::Vec3(-1.5f, 1.0f, 0), kClear);
-    std::vector<float> const camera = readBack(*mCameraArray);
-    expectMatrix(&camera[0], osg::Matrixf(kView), "kv_ViewMatrix");
-    expectMatrix(&camera[16], osg::Matrixf::inverse(osg::Matrixf(kView)), "kv_ViewMatrixInverse");
-    expectMatrix(&camera[32], osg::Matrixf(kView * kProjection), "kv_ViewProjectionMatrix");
-    expectMatrix(&camera[48], osg::Matrixf(kProjection), "kv_ProjectionMatrix");
+    expectCameraBlock();
     std::vector<float> const entity = readBack(*mEntityArray);
     expectMatrix(&entity[0], osg::Matrixf(model), "kv_ModelMatrix");
     expectMatrix(&entity[16], osg::Matrixf(model), "kv_lastModelMatrix of a still node");
@@ -359,11 +370,7 @@ TEST_F(OSGStateGLTest, WritesOnlyThePartsThatChanged)
         }
     }));
 
-    std::vector<float> const camera = readBack(*mCameraArray);
-    expectMatrix(&camera[0], osg::Matrixf(kView), "kv_ViewMatrix");
-    expectMatrix(&camera[16], osg::Matrixf::inverse(osg::Matrixf(kView)), "kv_ViewMatrixInverse");
-    expectMatrix(&camera[32], osg::Matrixf(kView * kProjection), "kv_ViewProjectionMatrix");
-    expectMatrix(&camera[48], osg::Matrixf(kProjection), "kv_ProjectionMatrix");
+    expectCameraBlock();
     std::vector<float> const entity = readBack(*mEntityArray);
     expectMatrix(&entity[0], osg::Matrixf(*model), "kv_ModelMatrix");
     expectMatrix(&entity[16], last, "kv_lastModelMatrix");
@@ -444,22 +451,13 @@ TEST_F(OSGStateGLTest, BlocksWithoutBuffersAreSkippedAndWrittenOnceTheyExist)
     expectMatrix(&entity[0], osg::Matrixf(*model), "kv_ModelMatrix");
 }
 
-class MatrixLeafStockStateGLTest : public GLTest
-{
-};
+using MatrixLeafStockStateGLTest = GLTest;
 
 // The leaves fall back to the stock path in a context without the backend's
 // state: fixed-function matrices, blocks untouched.
 TEST_F(MatrixLeafStockStateGLTest, LeavesDrawWithTheStockStateToo)
 {
-    auto* renderer = dynamic_cast<osgViewer::Renderer*>(context().camera()->getRenderer());
-    ASSERT_NE(renderer, nullptr);
-    renderer->getSceneView(0)->setCullVisitor(new CKVMatrixCullVisitor);
-    osg::Camera& camera = *context().camera();
-    camera.setViewMatrix(kView);
-    camera.setProjectionMatrix(kProjection);
-    camera.setComputeNearFarMode(osg::CullSettings::DO_NOT_COMPUTE_NEAR_FAR);
-    camera.setClearColor(kClear);
+    ASSERT_TRUE(cullWithMatrixVisitor(*context().camera()));
     osg::ref_ptr<osg::MatrixTransform> transform = new osg::MatrixTransform(osg::Matrixd::translate(-2, 1, 0));
     transform->addChild(makeQuad(osg::Vec4(1, 0, 1, 1)));
     transform->getOrCreateStateSet()->setMode(GL_LIGHTING, osg::StateAttribute::OFF);

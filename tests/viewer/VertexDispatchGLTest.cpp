@@ -85,10 +85,9 @@ osg::ref_ptr<InstancedGeometry> makeInstancedQuads(bool indexed)
 {
     osg::ref_ptr<InstancedGeometry> geometry = new InstancedGeometry;
     osg::ref_ptr<osg::Vec3Array> vertices = new osg::Vec3Array;
-    vertices->push_back(osg::Vec3(-0.15f, -0.15f, 0));
-    vertices->push_back(osg::Vec3(0.15f, -0.15f, 0));
-    vertices->push_back(osg::Vec3(0.15f, 0.15f, 0));
-    vertices->push_back(osg::Vec3(-0.15f, 0.15f, 0));
+    for (osg::Vec3 const& corner : {osg::Vec3(-0.15f, -0.15f, 0), osg::Vec3(0.15f, -0.15f, 0),
+                                    osg::Vec3(0.15f, 0.15f, 0), osg::Vec3(-0.15f, 0.15f, 0)})
+        vertices->push_back(corner);
     geometry->setVertexArray(vertices.get());
     geometry->setUseVertexBufferObjects(true);
     geometry->setUseVertexArrayObject(true);
@@ -251,20 +250,14 @@ protected:
     }
 };
 
-TEST_F(VertexDispatchGLTest, InstanceRowsPlaceEachInstanceOfDrawArrays)
+TEST_F(VertexDispatchGLTest, InstanceRowsPlaceEachInstanceOfDrawArraysAndDrawElementsInBothForms)
 {
-    expectInstancesDrawn(false);
-}
-
-TEST_F(VertexDispatchGLTest, InstanceRowsPlaceEachInstanceOfDrawElements)
-{
-    expectInstancesDrawn(true);
-}
-
-TEST_F(VertexDispatchGLTest, BindingFormDrawsTheSamePicture)
-{
-    CKVOSGVertexArrayState::setUseBindingForm(true);
-    expectInstancesDrawn(false);
+    for (bool bindingForm : {false, true}) {
+        SCOPED_TRACE(bindingForm ? "binding form" : "pointer form");
+        CKVOSGVertexArrayState::setUseBindingForm(bindingForm);
+        expectInstancesDrawn(false);
+        expectInstancesDrawn(true);
+    }
 }
 
 TEST_F(VertexDispatchGLTest, CreateUsesTheLocationsOfTheStatesAliases)

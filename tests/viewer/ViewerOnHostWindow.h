@@ -9,9 +9,9 @@
 #include "viewer/CKVOSGCamera.h"
 #include "viewer/CKVViewer.h"
 
+#include "FlatSquare.h"
 #include "HostDisplayTest.h"
 
-#include <osg/Geometry>
 #include <osg/GLObjects>
 #include <osg/Image>
 
@@ -25,74 +25,42 @@ namespace viewertest {
 
 osg::Vec4 const kQuadColour(1.0f, 0.8f, 0.0f, 1.0f);
 
-// A quad over the middle half of a (-1, 1) square, in one flat colour.
-inline osg::ref_ptr<osg::Geometry> makeQuad()
-{
-    osg::ref_ptr<osg::Vec3Array> vertices = new osg::Vec3Array;
-    for (osg::Vec3 const& v : {osg::Vec3(-0.5f, -0.5f, 0.0f), osg::Vec3(0.5f, -0.5f, 0.0f),
-                               osg::Vec3(0.5f, 0.5f, 0.0f), osg::Vec3(-0.5f, -0.5f, 0.0f),
-                               osg::Vec3(0.5f, 0.5f, 0.0f), osg::Vec3(-0.5f, 0.5f, 0.0f)})
-        vertices->push_back(v);
-    osg::ref_ptr<osg::Vec4Array> colours = new osg::Vec4Array;
-    colours->push_back(kQuadColour);
-    osg::ref_ptr<osg::Geometry> quad = new osg::Geometry;
-    quad->setVertexArray(vertices.get());
-    quad->setColorArray(colours.get(), osg::Array::BIND_OVERALL);
-    quad->addPrimitiveSet(new osg::DrawArrays(GL_TRIANGLES, 0, 6));
-    quad->getOrCreateStateSet()->setMode(GL_LIGHTING, osg::StateAttribute::OFF);
-    return quad;
-}
-
-class ViewerOnHostWindow
+// The backend's viewer and main camera on `window`, looking at a flat quad
+// over the middle half of a (-1, 1) square, set up the way the render
+// context does it.
+class ViewerRig
 {
 public:
-    ViewerOnHostWindow(int width, int height)
-        : mHost(width, height)
+    ViewerRig(osg::GraphicsContext* window, int width, int height)
+        : mWindow(window)
     {
-        if (!mHost.valid()) {
-            mError = "the host window could not be created";
-            return;
-        }
-        osg::ref_ptr<osg::GraphicsContext::Traits> traits =
-            CKVGraphicsWindowX11::createTraits(mHost.display(), mHost.window(), true, 0, 0);
-        mWindow = new CKVGraphicsWindowX11(traits.get());
-        if (!mWindow->valid()) {
-            mError = "the window did not attach to the host window";
-            return;
-        }
-
         mCamera = new CKVOSGCamera;
         mCamera->setName("MainCamera");
-        mCamera->setGraphicsContext(mWindow.get());
+        mCamera->setGraphicsContext(window);
         mCamera->setViewport(0, 0, width, height);
         mCamera->setProjectionMatrixAsOrtho2D(-1.0, 1.0, -1.0, 1.0);
-        mCamera->setViewMatrix(osg::Matrixd::identity());
         mCamera->setReferenceFrame(osg::Transform::ABSOLUTE_RF);
         mCamera->setComputeNearFarMode(osg::CullSettings::DO_NOT_COMPUTE_NEAR_FAR);
         mCamera->setClearMask(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-        mCamera->setDrawBuffer(GL_BACK);
-        mCamera->setReadBuffer(GL_BACK);
-
+        if (window->getTraits() && window->getTraits()->doubleBuffer) {
+            mCamera->setDrawBuffer(GL_BACK);
+            mCamera->setReadBuffer(GL_BACK);
+        }
         mViewer = new CKVViewer;
         mViewer->setCamera(mCamera.get());
         mViewer->setThreadingModel(osgViewer::ViewerBase::SingleThreaded);
         mViewer->setKeyEventSetsDone(0);
         mViewer->setQuitEventSetsDone(false);
         mScene = new osg::Group;
-        mScene->addChild(makeQuad().get());
+        osg::ref_ptr<osg::Geode> quad = makeFlatSquare(osg::Vec3(-0.5f, -0.5f, 0.0f), 1.0f, kQuadColour);
+        quad->getOrCreateStateSet()->setMode(GL_LIGHTING, osg::StateAttribute::OFF);
+        mScene->addChild(quad.get());
         mViewer->setSceneData(mScene.get());
         mViewer->realize();
-        if (!mViewer->isRealized())
-            mError = "the viewer could not realize the window";
     }
 
-    ~ViewerOnHostWindow() { close(); }
+    ~ViewerRig() { release(); }
 
-    bool valid() const { return mError.empty(); }
-    std::string const& error() const { return mError; }
-
-    HostX11Window& host() { return mHost; }
-    CKVGraphicsWindowX11* window() { return mWindow.get(); }
     CKVOSGCamera* camera() { return mCamera.get(); }
     CKVViewer* viewer() { return mViewer.get(); }
     osg::Group* scene() { return mScene.get(); }
@@ -104,6 +72,63 @@ public:
         mViewer->updateTraversal();
         mViewer->renderingTraversals();
     }
+
+    // Frees the scene's GL objects while the context lives, then drops the
+    // viewer; the window is the caller's to close.
+    void release()
+    {
+        if (!mViewer.valid())
+            return;
+        if (mWindow->valid() && mWindow->makeCurrent()) {
+            mScene->releaseGLObjects(mWindow->getState());
+            osg::flushAllDeletedGLObjects(mWindow->getState()->getContextID());
+            mWindow->releaseContext();
+        }
+        mViewer->setSceneData(nullptr);
+        mViewer = nullptr;
+        mCamera = nullptr;
+    }
+
+private:
+    osg::GraphicsContext* mWindow;
+    osg::ref_ptr<CKVOSGCamera> mCamera;
+    osg::ref_ptr<CKVViewer> mViewer;
+    osg::ref_ptr<osg::Group> mScene;
+};
+
+// The rig on a host-owned X window.
+class ViewerOnHostWindow
+{
+public:
+    ViewerOnHostWindow(int width, int height)
+        : mHost(width, height)
+    {
+        if (!mHost.valid()) {
+            mError = "the host window could not be created";
+            return;
+        }
+        mWindow = new CKVGraphicsWindowX11(
+            CKVGraphicsWindowX11::createTraits(mHost.display(), mHost.window(), true, 0, 0).get());
+        if (!mWindow->valid()) {
+            mError = "the window did not attach to the host window";
+            return;
+        }
+        mRig = std::make_unique<ViewerRig>(mWindow.get(), width, height);
+        if (!mRig->viewer()->isRealized())
+            mError = "the viewer could not realize the window";
+    }
+
+    ~ViewerOnHostWindow() { close(); }
+
+    bool valid() const { return mError.empty(); }
+    std::string const& error() const { return mError; }
+
+    HostX11Window& host() { return mHost; }
+    CKVGraphicsWindowX11* window() { return mWindow.get(); }
+    CKVOSGCamera* camera() { return mRig->camera(); }
+    CKVViewer* viewer() { return mRig->viewer(); }
+    osg::Group* scene() { return mRig->scene(); }
+    void frame() { mRig->frame(); }
 
     // The window's `buffer` as the GL sees it, as RGBA, bottom row first.
     // For what is on screen use host().shown().
@@ -120,23 +145,13 @@ public:
         return image;
     }
 
-    // Frees the scene's GL objects while the context lives, then closes the
-    // viewer and the window; the host window stays.
+    // Closes the viewer and the window; the host window stays.
     void close()
     {
         // As the render context does: no tick may render into what goes next.
         if (mWindow.valid())
             mWindow->stopTimer();
-        if (mViewer.valid()) {
-            if (mWindow->valid() && mWindow->makeCurrent()) {
-                mScene->releaseGLObjects(mWindow->getState());
-                osg::flushAllDeletedGLObjects(mWindow->getState()->getContextID());
-                mWindow->releaseContext();
-            }
-            mViewer->setSceneData(nullptr);
-            mViewer = nullptr;
-        }
-        mCamera = nullptr;
+        mRig.reset();
         if (mWindow.valid()) {
             mWindow->close();
             mWindow = nullptr;
@@ -147,9 +162,7 @@ private:
     HostX11Window mHost;
     std::string mError;
     osg::ref_ptr<CKVGraphicsWindowX11> mWindow;
-    osg::ref_ptr<CKVOSGCamera> mCamera;
-    osg::ref_ptr<CKVViewer> mViewer;
-    osg::ref_ptr<osg::Group> mScene;
+    std::unique_ptr<ViewerRig> mRig;
 };
 
 // Fixture: a fresh viewer on a Width x Height host window per test.
