@@ -6,6 +6,7 @@
 #include "apps/view/IfcShapeIndex.h"
 #include "apps/view/IfcShapeMatcher.h"
 
+#include "AppTestFiles.h"
 #include "MemoryBackendTest.h"
 
 #include "TarnwickRender/CKVMaterialState.h"
@@ -17,13 +18,13 @@
 #include <clocale>
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
 #include <unistd.h>
 
 using namespace Kelvor;
+using apptest::tempPath;
+using apptest::writeFile;
 
 namespace {
 
@@ -33,28 +34,9 @@ class IfcImportTest : public apptest::MemoryBackendTest
 {
 };
 
-std::string tempPath(char const* name)
-{
-    return std::string(::testing::TempDir()) + "ifc_import_" + std::to_string(::getpid()) + "_" + name;
-}
-
-void writeFile(std::string const& path, std::string const& content)
-{
-    std::ofstream out(path, std::ios::binary);
-    out << content;
-}
-
-std::string readFile(char const* path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    return buffer.str();
-}
-
 bool exists(char const* path)
 {
-    return std::ifstream(path).good();
+    return ::access(path, R_OK) == 0;
 }
 
 // One geometry of the scene with the material of the node that holds it.
@@ -351,38 +333,24 @@ TEST_F(IfcImportTest, BrokenFilesFailWithAReasonAndAnEmptyScene)
         std::string path;
         char const* reason;
     };
-    std::vector<Case> cases;
-    cases.push_back({tempPath("missing.ifc"), "not found"});
-
-    std::string const text = tempPath("notes.ifc");
-    writeFile(text, "These are meeting notes, not a model.\n");
-    cases.push_back({text, "not an IFC file"});
-
-    std::string const empty = tempPath("empty.ifc");
-    writeFile(empty, "");
-    cases.push_back({empty, "empty"});
-
-    cases.push_back({::testing::TempDir(), "not a regular file"});
-
-    std::string const other = tempPath("part.stp");
-    writeFile(other, "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\nENDSEC;\n"
-                     "END-ISO-10303-21;\n");
-    cases.push_back({other, "not an IFC file"});
-
-    std::string const garbage = tempPath("garbage.ifc");
-    writeFile(garbage, "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('IFC4'));\nENDSEC;\nDATA;\nthis is no entity\n"
-                       "#1=IFCNOSUCHTHING(1,2);\nENDSEC;\nEND-ISO-10303-21;\n");
-    cases.push_back({garbage, "no IFC entities"});
-
-    std::string const cut = tempPath("cut_boxes.ifc");
-    writeFile(cut, kMappedBoxesIfc4.substr(0, kMappedBoxesIfc4.size() / 2));
-    cases.push_back({cut, "truncated"});
-
+    std::vector<Case> cases = {{tempPath("missing.ifc"), "not found"}, {::testing::TempDir(), "not a regular file"}};
+    auto addFile = [&cases](char const* name, std::string const& content, char const* reason) {
+        cases.push_back({tempPath(name), reason});
+        writeFile(cases.back().path, content);
+    };
+    addFile("notes.ifc", "These are meeting notes, not a model.\n", "not an IFC file");
+    addFile("empty.ifc", "", "empty");
+    addFile("part.stp",
+            "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\nENDSEC;\nEND-ISO-10303-21;\n",
+            "not an IFC file");
+    addFile("garbage.ifc",
+            "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('IFC4'));\nENDSEC;\nDATA;\nthis is no entity\n"
+            "#1=IFCNOSUCHTHING(1,2);\nENDSEC;\nEND-ISO-10303-21;\n",
+            "no IFC entities");
+    addFile("cut_boxes.ifc", kMappedBoxesIfc4.substr(0, kMappedBoxesIfc4.size() / 2), "truncated");
     if (exists(kHausPath)) {
-        std::string const haus = readFile(kHausPath);
-        std::string const half = tempPath("half_haus.ifc");
-        writeFile(half, haus.substr(0, haus.size() / 2));
-        cases.push_back({half, "truncated"});
+        std::string const haus = apptest::readWhole(kHausPath);
+        addFile("half_haus.ifc", haus.substr(0, haus.size() / 2), "truncated");
     }
 
     for (Case const& c : cases) {

@@ -19,11 +19,6 @@ namespace {
 
 char const* const kHausPath = "/usr/share/assimp/models/IFC/AC14-FZK-Haus.ifc";
 
-std::string tempPath(char const* name)
-{
-    return "/tmp/tarnwick-view-gl-" + std::to_string(::getpid()) + "-" + name;
-}
-
 // llvmpipe is deterministic on one machine; across Mesa builds edges and
 // blending differ by a few steps on a few pixels.
 ImageTolerance captureTolerance()
@@ -55,7 +50,7 @@ protected:
     // Runs a capture and reads the picture back; null on failure.
     osg::ref_ptr<osg::Image> capture(std::vector<std::string> arguments, char const* name, bool unsetDisplay = false)
     {
-        std::string const path = tempPath(name);
+        std::string const path = apptest::tempPath(name);
         std::remove(path.c_str());
         arguments.insert(arguments.end(), {"--capture", path, "--size", "320x240"});
         ViewRun const run = runViewProgram(arguments, unsetDisplay);

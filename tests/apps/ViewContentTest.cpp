@@ -6,6 +6,7 @@
 #include "apps/view/ViewPickReporter.h"
 #include "apps/view/ViewProceduralBuilding.h"
 
+#include "AppTestFiles.h"
 #include "MemoryBackendTest.h"
 
 #include "TarnwickGeometry/CKVMesh.h"
@@ -27,9 +28,9 @@
 #include <osgDB/WriteFile>
 
 #include <cstdio>
-#include <unistd.h>
 
 using namespace Kelvor;
+using apptest::tempPath;
 
 namespace {
 
@@ -42,11 +43,6 @@ void expectPoint(CKVPoint3D const& actual, double x, double y, double z, double 
     EXPECT_NEAR(actual.x, x, tolerance);
     EXPECT_NEAR(actual.y, y, tolerance);
     EXPECT_NEAR(actual.z, z, tolerance);
-}
-
-std::string tempPath(char const* name)
-{
-    return "/tmp/tarnwick-view-" + std::to_string(::getpid()) + "-" + name;
 }
 
 } // namespace
@@ -226,11 +222,7 @@ TEST_F(ViewContentTest, OpenSceneGraphFilesArriveInWorldCoordinatesWithTheirColo
 
     // A file OpenSceneGraph cannot read gives no model.
     std::string const junk = tempPath("junk.obj");
-    {
-        std::FILE* file = std::fopen(junk.c_str(), "w");
-        std::fputs("this is no model\n", file);
-        std::fclose(file);
-    }
+    apptest::writeFile(junk, "this is no model\n");
     kv_shared_ptr<CKVModelBase> none;
     EXPECT_FALSE(importer->readModel(junk.c_str(), none));
     EXPECT_FALSE(none.valid());

@@ -1,107 +1,13 @@
 // The viewer's window loop driven the way a user drives it: X input events
 // on the program's own window, through the event handler into the host
 // scene, the operator and the render commands.
-// Before the X headers: their macros (None, Bool) break gtest's own names.
-#include <gtest/gtest.h>
-
-#include "ViewProgramRunner.h"
-
-#include "support/DisplayTest.h"
-
-#include <X11/Xlib.h>
-#include <X11/Xutil.h>
-#include <X11/keysym.h>
-
-#include "support/XDisplayRetry.h"
-
-#include <chrono>
-#include <cstdlib>
-#include <cstring>
-#include <thread>
+#include "ViewWindowTest.h"
 
 using namespace Kelvor;
 
 namespace {
 
-Window findWindow(Display* display, Window from, char const* title)
-{
-    char* name = nullptr;
-    if (XFetchName(display, from, &name) && name) {
-        bool const match = std::strcmp(name, title) == 0;
-        XFree(name);
-        if (match)
-            return from;
-    }
-    Window root = 0;
-    Window parent = 0;
-    Window* children = nullptr;
-    unsigned int count = 0;
-    if (!XQueryTree(display, from, &root, &parent, &children, &count))
-        return 0;
-    Window found = 0;
-    for (unsigned int i = 0; i < count && !found; ++i)
-        found = findWindow(display, children[i], title);
-    if (children)
-        XFree(children);
-    return found;
-}
-
-class ViewInteractionGLTest : public DisplayTest
-{
-protected:
-    void SetUp() override
-    {
-        DisplayTest::SetUp();
-        if (!displayReady())
-            return;
-        mDisplay = openTestDisplay();
-        ASSERT_NE(mDisplay, nullptr);
-    }
-    void TearDown() override
-    {
-        if (mDisplay)
-            XCloseDisplay(mDisplay);
-    }
-
-    void send(Window window, int type, unsigned int detail, int x, int y, unsigned int state)
-    {
-        XEvent event{};
-        event.type = type;
-        if (type == KeyPress || type == KeyRelease) {
-            event.xkey.window = window;
-            event.xkey.root = DefaultRootWindow(mDisplay);
-            event.xkey.keycode = detail;
-            event.xkey.state = state;
-            event.xkey.same_screen = True;
-            XSendEvent(mDisplay, window, False, KeyPressMask | KeyReleaseMask, &event);
-        } else if (type == MotionNotify) {
-            event.xmotion.window = window;
-            event.xmotion.x = x;
-            event.xmotion.y = y;
-            event.xmotion.state = state;
-            event.xmotion.same_screen = True;
-            XSendEvent(mDisplay, window, False, PointerMotionMask, &event);
-        } else {
-            event.xbutton.window = window;
-            event.xbutton.button = detail;
-            event.xbutton.x = x;
-            event.xbutton.y = y;
-            event.xbutton.state = state;
-            event.xbutton.same_screen = True;
-            XSendEvent(mDisplay, window, False, ButtonPressMask | ButtonReleaseMask, &event);
-        }
-        XFlush(mDisplay);
-    }
-
-    void key(Window window, KeySym symbol)
-    {
-        unsigned int const code = XKeysymToKeycode(mDisplay, symbol);
-        send(window, KeyPress, code, 0, 0, 0);
-        send(window, KeyRelease, code, 0, 0, 0);
-    }
-
-    Display* mDisplay = nullptr;
-};
+using ViewInteractionGLTest = apptest::ViewWindowTest;
 
 } // namespace
 
@@ -109,24 +15,13 @@ TEST_F(ViewInteractionGLTest, KeysClicksDragsAndWheelReachTheSceneAndQKeyEndsCle
 {
     ViewProcess const process = startViewProgram({"--builtin", "--size", "320x240"});
     ASSERT_GT(process.pid, 0);
-    Window window = 0;
-    auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!window && std::chrono::steady_clock::now() < deadline) {
-        window = findWindow(mDisplay, DefaultRootWindow(mDisplay), "tarnwick-view - built-in building");
-        if (!window)
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    if (!window) {
-        ::kill(process.pid, SIGTERM);
-        finishViewProgram(process);
-        FAIL() << "the viewer's window did not appear";
-    }
+    Window const window = waitForWindow(process, "tarnwick-view - built-in building");
+    ASSERT_NE(window, 0u) << "the viewer's window did not appear";
 
     key(window, XK_s);
     key(window, XK_b);
     // A click on the house: the answer arrives asynchronously.
-    send(window, ButtonPress, Button1, 160, 120, 0);
-    send(window, ButtonRelease, Button1, 160, 120, Button1Mask);
+    click(window, 160, 120);
     // An orbit drag and a wheel notch, which must not disturb anything.
     send(window, ButtonPress, Button1, 100, 100, 0);
     send(window, MotionNotify, 0, 180, 110, Button1Mask);

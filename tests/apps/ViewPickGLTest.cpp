@@ -1,25 +1,9 @@
 // Picking in the viewer program as a user does it: clicks on the FZK-Haus
 // in the program's own window, answered through CKVRCPickSelectObject and
 // printed as the IFC product under the pointer.
-// Before the X headers: their macros (None, Bool) break gtest's own names.
-#include <gtest/gtest.h>
+#include "ViewWindowTest.h"
 
-#include "ViewProgramRunner.h"
-
-#include "support/DisplayTest.h"
-
-#include <X11/Xlib.h>
-#include <X11/Xutil.h>
-#include <X11/keysym.h>
-
-#include "support/XDisplayRetry.h"
-
-#include <chrono>
-#include <csignal>
-#include <cstring>
 #include <sstream>
-#include <string>
-#include <thread>
 #include <vector>
 
 using namespace Kelvor;
@@ -29,29 +13,6 @@ namespace {
 char const* const kHausPath = "/usr/share/assimp/models/IFC/AC14-FZK-Haus.ifc";
 constexpr int kWidth = 320;
 constexpr int kHeight = 240;
-
-Window findWindow(Display* display, Window from, char const* title)
-{
-    char* name = nullptr;
-    if (XFetchName(display, from, &name) && name) {
-        bool const match = std::strcmp(name, title) == 0;
-        XFree(name);
-        if (match)
-            return from;
-    }
-    Window root = 0;
-    Window parent = 0;
-    Window* children = nullptr;
-    unsigned int count = 0;
-    if (!XQueryTree(display, from, &root, &parent, &children, &count))
-        return 0;
-    Window found = 0;
-    for (unsigned int i = 0; i < count && !found; ++i)
-        found = findWindow(display, children[i], title);
-    if (children)
-        XFree(children);
-    return found;
-}
 
 // The lines that answer picks, in the order of the clicks.
 std::vector<std::string> pickLines(std::string const& output)
@@ -66,59 +27,7 @@ std::vector<std::string> pickLines(std::string const& output)
     return lines;
 }
 
-class ViewPickGLTest : public DisplayTest
-{
-protected:
-    void SetUp() override
-    {
-        DisplayTest::SetUp();
-        if (!displayReady())
-            return;
-        mDisplay = openTestDisplay();
-        ASSERT_NE(mDisplay, nullptr);
-    }
-    void TearDown() override
-    {
-        if (mDisplay)
-            XCloseDisplay(mDisplay);
-    }
-
-    void button(Window window, int type, int x, int y, unsigned int state)
-    {
-        XEvent event{};
-        event.type = type;
-        event.xbutton.window = window;
-        event.xbutton.button = Button1;
-        event.xbutton.x = x;
-        event.xbutton.y = y;
-        event.xbutton.state = state;
-        event.xbutton.same_screen = True;
-        XSendEvent(mDisplay, window, False, ButtonPressMask | ButtonReleaseMask, &event);
-    }
-
-    void click(Window window, int x, int y)
-    {
-        button(window, ButtonPress, x, y, 0);
-        button(window, ButtonRelease, x, y, Button1Mask);
-        XFlush(mDisplay);
-    }
-
-    void quit(Window window)
-    {
-        XEvent event{};
-        event.xkey.window = window;
-        event.xkey.root = DefaultRootWindow(mDisplay);
-        event.xkey.keycode = XKeysymToKeycode(mDisplay, XK_q);
-        event.xkey.same_screen = True;
-        event.type = KeyPress;
-        XSendEvent(mDisplay, window, False, KeyPressMask, &event);
-        event.type = KeyRelease;
-        XSendEvent(mDisplay, window, False, KeyReleaseMask, &event);
-        XFlush(mDisplay);
-    }
-
-    Display* mDisplay = nullptr;
-};
+using ViewPickGLTest = apptest::ViewWindowTest;
 
 } // namespace
 
@@ -129,19 +38,8 @@ TEST_F(ViewPickGLTest, ClicksOnTheFzkHausNameItsWindowsAndTheSkyNamesNothing)
     ViewProcess const process =
         startViewProgram({kHausPath, "--view", "front", "--size", std::to_string(kWidth) + "x" + std::to_string(kHeight)});
     ASSERT_GT(process.pid, 0);
-    std::string const title = std::string("tarnwick-view - ") + kHausPath;
-    Window window = 0;
-    auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!window && std::chrono::steady_clock::now() < deadline) {
-        window = findWindow(mDisplay, DefaultRootWindow(mDisplay), title.c_str());
-        if (!window)
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    if (!window) {
-        ::kill(process.pid, SIGTERM);
-        finishViewProgram(process);
-        FAIL() << "the viewer's window did not appear";
-    }
+    Window const window = waitForWindow(process, std::string("tarnwick-view - ") + kHausPath);
+    ASSERT_NE(window, 0u) << "the viewer's window did not appear";
 
     // First a corner of the sky, then a grid over the whole front view, where
     // the house fills the middle with a row of windows.
@@ -155,9 +53,9 @@ TEST_F(ViewPickGLTest, ClicksOnTheFzkHausNameItsWindowsAndTheSkyNamesNothing)
     }
     // Every click is answered and printed before the program is told to end.
     auto const answered = std::chrono::steady_clock::now() + std::chrono::seconds(120);
-    while (pickLines(readWhole(process.outPath)).size() < clicks && std::chrono::steady_clock::now() < answered)
+    while (pickLines(apptest::readWhole(process.outPath)).size() < clicks && std::chrono::steady_clock::now() < answered)
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    quit(window);
+    key(window, XK_q);
 
     ViewRun const run = finishViewProgram(process);
     EXPECT_EQ(run.signal, 0) << "crashed; stderr: " << run.err;

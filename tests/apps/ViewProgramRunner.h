@@ -1,5 +1,7 @@
 #pragma once
 
+#include "AppTestFiles.h"
+
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,8 +9,6 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -35,14 +35,6 @@ inline std::string viewProgramPath()
         return "tarnwick-view";
     std::string path(self, static_cast<std::size_t>(length));
     return path.substr(0, path.find_last_of('/') + 1) + "tarnwick-view";
-}
-
-inline std::string readWhole(std::string const& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
 }
 
 // A program started with startViewProgram; finishViewProgram waits for it.
@@ -92,8 +84,8 @@ inline ViewRun finishViewProgram(ViewProcess const& process)
     run.exited = WIFEXITED(status);
     run.exitCode = run.exited ? WEXITSTATUS(status) : -1;
     run.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
-    run.out = readWhole(process.outPath);
-    run.err = readWhole(process.errPath);
+    run.out = apptest::readWhole(process.outPath);
+    run.err = apptest::readWhole(process.errPath);
     std::remove(process.outPath.c_str());
     std::remove(process.errPath.c_str());
     return run;

@@ -7,22 +7,11 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 
 using namespace Kelvor;
+using apptest::tempPath;
 
 namespace {
-
-std::string tempPath(char const* name)
-{
-    return "/tmp/tarnwick-view-" + std::to_string(::getpid()) + "-" + name;
-}
-
-void writeFile(std::string const& path, std::string const& content)
-{
-    std::ofstream out(path, std::ios::binary);
-    out << content;
-}
 
 void expectRefused(ViewRun const& run, std::string const& mentions)
 {
@@ -55,6 +44,18 @@ char const* const kTruncatedIfc =
     "#9=IFCGEOMETRICREPRESENTATIONCONTEXT($,'Model',3,1.E-05,#8,$);\n"
     "#10=IFCPROJECT('0YvctVUKr0kugbFTf53O9L',#5,'Proj";
 
+// Runs the program on a file of this content, with `extra` arguments, and
+// expects a refusal that names `mentions`, or the file when that is empty.
+void expectFileRefused(char const* name, std::string const& content, std::string const& mentions = "",
+                       std::vector<std::string> extra = {})
+{
+    std::string const path = tempPath(name);
+    apptest::writeFile(path, content);
+    extra.insert(extra.begin(), path);
+    expectRefused(runViewProgram(extra), mentions.empty() ? path : mentions);
+    std::remove(path.c_str());
+}
+
 } // namespace
 
 TEST(ViewProgramTest, MissingAndUnreadableModelsAreNamedInOneLine)
@@ -62,37 +63,21 @@ TEST(ViewProgramTest, MissingAndUnreadableModelsAreNamedInOneLine)
     std::string const missing = tempPath("no-such-model.ifc");
     expectRefused(runViewProgram({missing}), missing);
 
-    std::string const empty = tempPath("empty.obj");
-    writeFile(empty, "");
-    expectRefused(runViewProgram({empty}), "empty");
-    std::remove(empty.c_str());
-
-    std::string const unknown = tempPath("model.unknownformat");
-    writeFile(unknown, "some bytes");
-    expectRefused(runViewProgram({unknown}), ".unknownformat");
-    std::remove(unknown.c_str());
+    expectFileRefused("empty.obj", "", "empty");
+    expectFileRefused("model.unknownformat", "some bytes", ".unknownformat");
 }
 
 TEST(ViewProgramTest, BrokenIfcFilesAreRefusedWithoutCrashing)
 {
-    std::string const truncated = tempPath("truncated.ifc");
-    writeFile(truncated, kTruncatedIfc);
-    expectRefused(runViewProgram({truncated, "--capture", tempPath("never.png")}), truncated);
-    std::remove(truncated.c_str());
+    std::vector<std::string> const capture = {"--capture", tempPath("never.png")};
+    expectFileRefused("truncated.ifc", kTruncatedIfc, "", capture);
 
     // A PNG signature and some binary noise behind an .ifc name.
-    std::string const notIfc = tempPath("picture.ifc");
     std::string bytes("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
     for (int i = 0; i < 4000; ++i)
         bytes.push_back(static_cast<char>((i * 131) & 0xff));
-    writeFile(notIfc, bytes);
-    expectRefused(runViewProgram({notIfc, "--capture", tempPath("never.png")}), notIfc);
-    std::remove(notIfc.c_str());
-
-    std::string const text = tempPath("letter.ifc");
-    writeFile(text, "Dear reader,\nthis is not a building.\n");
-    expectRefused(runViewProgram({text, "--capture", tempPath("never.png")}), text);
-    std::remove(text.c_str());
+    expectFileRefused("picture.ifc", bytes, "", capture);
+    expectFileRefused("letter.ifc", "Dear reader,\nthis is not a building.\n", "", capture);
 }
 
 TEST(ViewProgramTest, BadCommandLinesAndOutputsAreRefusedBeforeAnyWork)

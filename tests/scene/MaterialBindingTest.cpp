@@ -57,9 +57,7 @@ protected:
 
 TEST_F(MaterialBindingTest, ColourDecidesBlendingAndTheDepthSortedBin)
 {
-    MaterialNode opaque;
-    opaque.setMaterial(colourMaterial(255).get());
-    opaque.update();
+    MaterialNode opaque(colourMaterial(255).get());
     osg::Vec4f const colour = opaque.uniformValue<osg::Vec4f>("AlbedoColor_V4");
     EXPECT_FLOAT_EQ(colour.r(), 0.2f);
     EXPECT_FLOAT_EQ(colour.b(), 0.8f);
@@ -68,17 +66,13 @@ TEST_F(MaterialBindingTest, ColourDecidesBlendingAndTheDepthSortedBin)
     EXPECT_EQ(opaque.stateSet()->getRenderBinMode(), osg::StateSet::INHERIT_RENDERBIN_DETAILS);
 
     // Unsorted translucency blends in the default bin.
-    MaterialNode unsorted;
-    unsorted.setMaterial(colourMaterial(254, false).get());
-    unsorted.update();
+    MaterialNode unsorted(colourMaterial(254, false).get());
     EXPECT_TRUE(blends(unsorted.stateSet()));
     EXPECT_EQ(unsorted.stateSet()->getRenderBinMode(), osg::StateSet::INHERIT_RENDERBIN_DETAILS);
 
     // Sorted bins come after every opaque bin: host bin 0 is bin 10.
     for (int bin : {0, 3}) {
-        MaterialNode sorted;
-        sorted.setMaterial(colourMaterial(128, true, bin).get());
-        sorted.update();
+        MaterialNode sorted(colourMaterial(128, true, bin).get());
         EXPECT_TRUE(blends(sorted.stateSet()));
         EXPECT_EQ(sorted.stateSet()->getRenderBinMode(), osg::StateSet::USE_RENDERBIN_DETAILS);
         EXPECT_EQ(sorted.stateSet()->getBinNumber(), bin + 10);
@@ -91,8 +85,7 @@ TEST_F(MaterialBindingTest, OnlyADirtyMaterialIsAppliedAndReapplyingDoesNotAccum
     MaterialNode node;
     kv_shared_ptr<CKVBasicMaterial> material = colourMaterial(255);
     material->setFaceCullMode(CKVBasicMaterial::kCullBack);
-    node.setMaterial(material.get());
-    node.update();
+    node.apply(material.get());
     ASSERT_NE(node.stateSet(), nullptr);
     EXPECT_FALSE(node.state()->isDirty());
     std::size_t const uniforms = node.stateSet()->getUniformList().size();
@@ -104,22 +97,17 @@ TEST_F(MaterialBindingTest, OnlyADirtyMaterialIsAppliedAndReapplyingDoesNotAccum
     EXPECT_EQ(node.stateSet()->getUniform("AlbedoColor_V4"), nullptr);
 
     // Setting a material again replaces by name and type, adds nothing.
-    node.setMaterial(material.get());
-    node.update();
-    node.setMaterial(material.get());
-    node.update();
+    node.apply(material.get());
+    node.apply(material.get());
     EXPECT_EQ(node.stateSet()->getUniformList().size(), uniforms);
     EXPECT_EQ(node.stateSet()->getAttributeList().size(), attributes);
 }
 
 TEST_F(MaterialBindingTest, AStateWithoutMaterialStaysDirtyUntilOneArrives)
 {
-    MaterialNode node;
-    node.setMaterial(nullptr);
-    node.update();
+    MaterialNode node(nullptr);
     EXPECT_TRUE(node.state()->isDirty());
-    node.setMaterial(colourMaterial(255).get());
-    node.update();
+    node.apply(colourMaterial(255).get());
     EXPECT_FALSE(node.state()->isDirty());
     EXPECT_NE(node.stateSet()->getUniform("AlbedoColor_V4"), nullptr);
 }
@@ -129,9 +117,7 @@ TEST_F(MaterialBindingTest, TextureGoesOnUnitZeroAndSilencesTheColour)
     std::string const path = writeImage(mFolder, "opaque.png", *solidImage(4, 4, GL_RGBA, kOpaqueRed));
     kv_shared_ptr<CKVBasicMaterial> material = colourMaterial(255);
     material->setTexture(path.c_str());
-    MaterialNode node;
-    node.setMaterial(material.get());
-    node.update();
+    MaterialNode node(material.get());
 
     osg::Image const* image = albedoImage(node.stateSet());
     ASSERT_NE(image, nullptr);
@@ -152,9 +138,7 @@ TEST_F(MaterialBindingTest, TranslucentTextureBlendsInItsBin)
     std::string const path = writeImage(mFolder, "glass.png", *solidImage(4, 4, GL_RGBA, kHalfRed));
     kv_shared_ptr<CKVBasicMaterial> material = colourMaterial(255, true, 2);
     material->setTexture(path.c_str());
-    MaterialNode node;
-    node.setMaterial(material.get());
-    node.update();
+    MaterialNode node(material.get());
     EXPECT_TRUE(blends(node.stateSet()));
     EXPECT_EQ(node.stateSet()->getBinNumber(), 12);
 }
@@ -167,16 +151,12 @@ TEST_F(MaterialBindingTest, UnusableTexturesShowTheErrorImageThatSaysWhy)
 
     kv_shared_ptr<CKVBasicMaterial> missing = colourMaterial(255);
     missing->setTexture(mFolder.file("nowhere.png").c_str());
-    MaterialNode missingNode;
-    missingNode.setMaterial(missing.get());
-    missingNode.update();
+    MaterialNode missingNode(missing.get());
     EXPECT_EQ(albedoImage(missingNode.stateSet()), CKVTextureLoader::getErrorPathImage().get());
 
     kv_shared_ptr<CKVBasicMaterial> unreadable = colourMaterial(255);
     unreadable->setTexture(writeGarbage(mFolder, "garbage.png").c_str());
-    MaterialNode unreadableNode;
-    unreadableNode.setMaterial(unreadable.get());
-    unreadableNode.update();
+    MaterialNode unreadableNode(unreadable.get());
     EXPECT_EQ(albedoImage(unreadableNode.stateSet()), CKVTextureLoader::getErrorFormatImage().get());
     EXPECT_EQ(unreadableNode.uniformValue<int>("Albedo_Tx"), 0);
 }
@@ -187,9 +167,7 @@ TEST_F(MaterialBindingTest, LuminanceTexturesBecomeGreyRGB)
     std::string const path = writeImage(mFolder, "grey.png", *solidImage(3, 2, GL_LUMINANCE, &grey));
     kv_shared_ptr<CKVBasicMaterial> material = colourMaterial(255);
     material->setTexture(path.c_str());
-    MaterialNode node;
-    node.setMaterial(material.get());
-    node.update();
+    MaterialNode node(material.get());
     osg::Image const* image = albedoImage(node.stateSet());
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(image->getPixelFormat(), static_cast<GLenum>(GL_RGB));
@@ -208,9 +186,7 @@ TEST_F(MaterialBindingTest, DisplacementDepthRangeAndCulling)
 {
     kv_shared_ptr<CKVBasicMaterial> tiny = colourMaterial(255);
     tiny->setFaceDisplacement(0.0000001);
-    MaterialNode tinyNode;
-    tinyNode.setMaterial(tiny.get());
-    tinyNode.update();
+    MaterialNode tinyNode(tiny.get());
     EXPECT_EQ(tinyNode.stateSet()->getAttribute(osg::StateAttribute::POLYGONOFFSET), nullptr);
     EXPECT_EQ(tinyNode.stateSet()->getAttribute(static_cast<osg::StateAttribute::Type>(DepthRange::kType)), nullptr);
     // Culling -1 leaves what the node inherits alone.
@@ -221,9 +197,7 @@ TEST_F(MaterialBindingTest, DisplacementDepthRangeAndCulling)
     shifted->setFaceDisplacement(2.0);
     shifted->setDepthRange(true, 0.0f, 0.25f);
     shifted->setFaceCullMode(CKVBasicMaterial::kCullFront);
-    MaterialNode node;
-    node.setMaterial(shifted.get());
-    node.update();
+    MaterialNode node(shifted.get());
     auto const* offset =
         static_cast<osg::PolygonOffset const*>(node.stateSet()->getAttribute(osg::StateAttribute::POLYGONOFFSET));
     ASSERT_NE(offset, nullptr);
@@ -242,8 +216,7 @@ TEST_F(MaterialBindingTest, DisplacementDepthRangeAndCulling)
 
     shifted = colourMaterial(255);
     shifted->setFaceCullMode(CKVBasicMaterial::kCullBack);
-    node.setMaterial(shifted.get());
-    node.update();
+    node.apply(shifted.get());
     cull = static_cast<osg::CullFace const*>(node.stateSet()->getAttribute(osg::StateAttribute::CULLFACE));
     EXPECT_EQ(cull->getMode(), osg::CullFace::BACK);
 }
@@ -259,9 +232,7 @@ TEST_F(MaterialBindingTest, PhysicalMapsTakeTheirUnitsAndMaskBits)
     material->setRoughnessMap(normalPath.c_str());
     material->setAoMap(normalPath.c_str());
     material->setMetallic(0.75f);
-    MaterialNode node;
-    node.setMaterial(material.get());
-    node.update();
+    MaterialNode node(material.get());
 
     osg::StateSet* stateSet = node.stateSet();
     for (unsigned int unit : {0u, 1u, 3u, 4u})
@@ -282,9 +253,7 @@ TEST_F(MaterialBindingTest, UnreadablePhysicalMapsAreLeftOutWithoutErrorImages)
     material->setNormalMap(mFolder.file("missing-normal.png").c_str());
     material->setRoughnessMap(writeGarbage(mFolder, "rough.png").c_str());
     material->setRoughness(0.3f);
-    MaterialNode node;
-    node.setMaterial(material.get());
-    node.update();
+    MaterialNode node(material.get());
     for (unsigned int unit = 0; unit < 5; ++unit)
         EXPECT_EQ(node.stateSet()->getTextureAttribute(unit, osg::StateAttribute::TEXTURE), nullptr) << unit;
     EXPECT_EQ(node.uniformValue<int>("TextureMask"), 0);
@@ -298,9 +267,7 @@ TEST_F(MaterialBindingTest, LineTypesPickTheStippleFactor)
         kv_shared_ptr<CKVLineMaterial> material(new CKVLineMaterial);
         material->setLineType(static_cast<CKVLineMaterial::LineType>(type));
         material->setLineWidth(3.0f);
-        MaterialNode node;
-        node.setMaterial(material.get());
-        node.update();
+        MaterialNode node(material.get());
         auto const* stipple =
             static_cast<osg::LineStipple const*>(node.stateSet()->getAttribute(osg::StateAttribute::LINESTIPPLE));
         if (type >= 1 && type <= 5) {
@@ -320,10 +287,8 @@ TEST_F(MaterialBindingTest, LineTypesPickTheStippleFactor)
     MaterialNode node;
     kv_shared_ptr<CKVLineMaterial> dashed(new CKVLineMaterial);
     dashed->setLineType(CKVLineMaterial::kDash2);
-    node.setMaterial(dashed.get());
-    node.update();
+    node.apply(dashed.get());
     kv_shared_ptr<CKVLineMaterial> solid(new CKVLineMaterial);
-    node.setMaterial(solid.get());
-    node.update();
+    node.apply(solid.get());
     EXPECT_NE(node.stateSet()->getAttribute(osg::StateAttribute::LINESTIPPLE), nullptr);
 }

@@ -52,8 +52,7 @@ TEST_F(MaterialEnvironmentTest, WaterReadsItsResourcesOnceAndLeavesTheExtraPasse
     MaterialNode node;
     CKVRenderOptionState* options = new CKVRenderOptionState;
     node.node().getStateSet()->addState(options);
-    node.setMaterial(water.get());
-    node.update();
+    node.apply(water.get());
 
     osg::StateSet* stateSet = node.stateSet();
     osg::StateAttribute const* normalMap = textureAt(stateSet, 0);
@@ -84,8 +83,7 @@ TEST_F(MaterialEnvironmentTest, WaterReadsItsResourcesOnceAndLeavesTheExtraPasse
     // A change of speed keeps the textures already bound.
     kv_shared_ptr<CKVWaterMaterial> faster(new CKVWaterMaterial(*water));
     faster->setSpeed(5.0f);
-    node.setMaterial(faster.get());
-    node.update();
+    node.apply(faster.get());
     EXPECT_EQ(textureAt(stateSet, 0), normalMap);
     EXPECT_EQ(textureAt(stateSet, 1), cube);
     EXPECT_FLOAT_EQ(node.uniformValue<float>("speed"), 5.0f);
@@ -95,9 +93,7 @@ TEST_F(MaterialEnvironmentTest, PhysicalWaterCullsBackFacesWhateverTheMaterialSa
 {
     kv_shared_ptr<CKVPhysicalWaterMaterial> water(new CKVPhysicalWaterMaterial);
     water->setFaceCullMode(CKVBasicMaterial::kCullFront);
-    MaterialNode node;
-    node.setMaterial(water.get());
-    node.update();
+    MaterialNode node(water.get());
     osg::StateSet* stateSet = node.stateSet();
     auto const* cull = static_cast<osg::CullFace const*>(stateSet->getAttribute(osg::StateAttribute::CULLFACE));
     ASSERT_NE(cull, nullptr);
@@ -114,9 +110,7 @@ TEST_F(MaterialEnvironmentTest, TerrainWithoutLayersStillGetsItsCliff)
 {
     kv_shared_ptr<CKVTerrainMaterial> terrain(new CKVTerrainMaterial);
     terrain->setChangeHeight(120.0f);
-    MaterialNode node;
-    node.setMaterial(terrain.get());
-    node.update();
+    MaterialNode node(terrain.get());
     osg::StateSet* stateSet = node.stateSet();
     EXPECT_EQ(stateSet->getUniform("terrainTextureArray"), nullptr);
     int const cliffUnit = node.uniformValue<int>("cliffTexture");
@@ -141,9 +135,7 @@ TEST_F(MaterialEnvironmentTest, TerrainLayersShareTheSmallestSizeAndTheFirstForm
     terrain->addTexture(big.c_str());
     terrain->addTexture(small.c_str());
     terrain->addTexture(mFolder.file("missing.png").c_str());
-    MaterialNode node;
-    node.setMaterial(terrain.get());
-    node.update();
+    MaterialNode node(terrain.get());
 
     int const arrayUnit = node.uniformValue<int>("terrainTextureArray");
     auto const* array = dynamic_cast<osg::Texture2DArray const*>(textureAt(node.stateSet(), arrayUnit));

@@ -2,11 +2,12 @@
 // commands only and captured the way a host captures a frame: lighting,
 // textures, transparency, highlight, error images and the render
 // configuration switches that change how surfaces shade.
+#include "MaterialTestSupport.h"
+
 #include "binding/RenderContextFixture.h"
 
 #include "effects/CKVPostProcessNode.h"
 #include "support/GoldenImage.h"
-#include "support/TestPaths.h"
 
 #include "TarnwickGeometry/CKVMatrix3D.h"
 #include "TarnwickRender/CKVBufferGeometry.h"
@@ -29,7 +30,6 @@
 
 #include <cstdio>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace Kelvor {
@@ -102,9 +102,6 @@ protected:
         RenderContextFixture::SetUp();
         if (IsSkipped() || HasFatalFailure())
             return;
-        char folder[] = "/tmp/tarnwick-material-gl-XXXXXX";
-        ASSERT_NE(::mkdtemp(folder), nullptr);
-        mFolder = folder;
         CKVBackGroundConfig background;
         background.setBackGroundColor(CKVPoint3D(0.55, 0.65, 0.8));
         mConfig.setBackGroundConfig(background);
@@ -125,13 +122,6 @@ protected:
         send(new CKVRCApplyCamera(mCamera));
     }
 
-    void TearDown() override
-    {
-        RenderContextFixture::TearDown();
-        if (!mFolder.empty() && std::system(("rm -rf '" + mFolder + "'").c_str()) != 0)
-            return;
-    }
-
     // Commands go through the host's cache and are drained by the next tick.
     void send(CKVRenderCommand* command)
     {
@@ -144,7 +134,7 @@ protected:
 
     std::string writeTexture(char const* name, osg::Image const& image)
     {
-        std::string const path = mFolder + "/" + name;
+        std::string const path = mFolder.file(name);
         EXPECT_TRUE(osgDB::writeImageFile(image, path));
         return path;
     }
@@ -202,7 +192,7 @@ protected:
     {
         for (int i = 0; i < 2; ++i)
             mContext->onTick(++mTickMs);
-        std::string const path = mFolder + "/capture.png";
+        std::string const path = mFolder.file("capture.png");
         std::remove(path.c_str());
         bool written = false;
         CKVCamera const camera = mCamera;
@@ -223,7 +213,7 @@ protected:
         expectMatchesGolden(*image, name, kTolerance);
     }
 
-    std::string mFolder;
+    MaterialTestSupport::TempFolder mFolder;
     CKVRenderConfig mConfig;
     CKVCamera mCamera;
     kv_shared_ptr<CKVBasicMaterial> mGround;
@@ -298,16 +288,11 @@ TEST_F(MaterialSceneGLTest, HighlightAndErrorImagesAreSeenOnTheModel)
     addBox(selected.get(), CKVPoint3D(-2.5, 0, 1), 1.0f, 1.0f, 1.0f, CKVProgramParam::kUseHighlightStyle);
 
     kv_shared_ptr<CKVBasicMaterial> missing = colour(255, 255, 255);
-    missing->setTexture((mFolder + "/no-such-texture.png").c_str());
+    missing->setTexture(mFolder.file("no-such-texture.png").c_str());
     addBox(missing.get(), CKVPoint3D(0, 0, 1), 1.0f, 1.0f, 1.0f);
 
     kv_shared_ptr<CKVBasicMaterial> unreadable = colour(255, 255, 255);
-    std::string const garbage = mFolder + "/garbage.png";
-    std::FILE* file = std::fopen(garbage.c_str(), "w");
-    ASSERT_NE(file, nullptr);
-    std::fputs("not an image", file);
-    std::fclose(file);
-    unreadable->setTexture(garbage.c_str());
+    unreadable->setTexture(MaterialTestSupport::writeGarbage(mFolder, "garbage.png").c_str());
     addBox(unreadable.get(), CKVPoint3D(2.5, 0, 1), 1.0f, 1.0f, 1.0f);
     expectGolden("material_highlight_and_errors");
 }

@@ -75,6 +75,14 @@ class MaterialNode
 {
 public:
     MaterialNode() : mNode(new CKVSceneNodeImp()) {}
+    explicit MaterialNode(CKVBasicMaterial const* material) : MaterialNode() { apply(material); }
+
+    // The material as the next frame's update traversal applies it.
+    void apply(CKVBasicMaterial const* material)
+    {
+        setMaterial(material);
+        update();
+    }
 
     void setMaterial(CKVBasicMaterial const* material)
     {

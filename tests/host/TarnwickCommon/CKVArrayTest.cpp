@@ -58,20 +58,5 @@ TEST(CKVAtomic, CountsAcrossThreads)
     EXPECT_EQ(3999u, counter.deCrease());
 }
 
-TEST(CKVAtomic, OneShotFlagIsTakenOnce)
-{
-    // The capture request pattern: one side raises, the other consumes once.
-    CKVAtomic request;
-    request.inCrease();
-    int taken = 0;
-    for (int frame = 0; frame < 3; ++frame) {
-        if (request.getValue() > 0) {
-            request.deCrease();
-            ++taken;
-        }
-    }
-    EXPECT_EQ(1, taken);
-}
-
 } // namespace
 } // namespace Kelvor

@@ -64,6 +64,16 @@ bool waitFor(Pred pred, std::chrono::milliseconds limit = 5000ms)
     return true;
 }
 
+// A timer that calls onTick with `probe` every `period` milliseconds.
+kv_shared_ptr<CKVTickCount> tickingTimer(Probe& probe, unsigned int period)
+{
+    kv_shared_ptr<CKVTickCount> timer(new CKVTickCount);
+    timer->setTimeOut(period);
+    timer->setTickCallback(&onTick);
+    timer->setUserData(&probe);
+    return timer;
+}
+
 TEST(CKVTickCount, StartNeedsACallback)
 {
     kv_shared_ptr<CKVTickCount> timer(new CKVTickCount);
@@ -75,10 +85,7 @@ TEST(CKVTickCount, StartNeedsACallback)
 TEST(CKVTickCount, PeriodIsRoughlyHonoured)
 {
     Probe probe;
-    kv_shared_ptr<CKVTickCount> timer(new CKVTickCount);
-    timer->setTimeOut(20);
-    timer->setTickCallback(&onTick);
-    timer->setUserData(&probe);
+    kv_shared_ptr<CKVTickCount> timer = tickingTimer(probe, 20);
     auto const begin = std::chrono::steady_clock::now();
     ASSERT_TRUE(timer->start());
     std::this_thread::sleep_for(600ms);
@@ -94,10 +101,7 @@ TEST(CKVTickCount, CallsNeverOverlapWhenTheyOverrunThePeriod)
 {
     Probe probe;
     probe.work = 15ms;
-    kv_shared_ptr<CKVTickCount> timer(new CKVTickCount);
-    timer->setTimeOut(2);
-    timer->setTickCallback(&onTick);
-    timer->setUserData(&probe);
+    kv_shared_ptr<CKVTickCount> timer = tickingTimer(probe, 2);
     ASSERT_TRUE(timer->start());
     EXPECT_TRUE(timer->start()) << "a second start is harmless";
     ASSERT_TRUE(waitFor([&] { return probe.calls >= 8; }));
@@ -111,10 +115,7 @@ TEST(CKVTickCount, NoCallAfterStopReturns)
 {
     Probe probe;
     probe.work = 1ms;
-    kv_shared_ptr<CKVTickCount> timer(new CKVTickCount);
-    timer->setTimeOut(1);
-    timer->setTickCallback(&onTick);
-    timer->setUserData(&probe);
+    kv_shared_ptr<CKVTickCount> timer = tickingTimer(probe, 1);
 
     for (int cycle = 0; cycle < 30; ++cycle) {
         probe.stopped = false;
@@ -136,12 +137,9 @@ TEST(CKVTickCount, NoCallAfterStopReturns)
 TEST(CKVTickCount, StopFromInsideTheCallbackThenRestart)
 {
     Probe probe;
-    kv_shared_ptr<CKVTickCount> timer(new CKVTickCount);
+    kv_shared_ptr<CKVTickCount> timer = tickingTimer(probe, 2);
     probe.timer = timer.get();
     probe.stopAtCall = 3;
-    timer->setTimeOut(2);
-    timer->setTickCallback(&onTick);
-    timer->setUserData(&probe);
     ASSERT_TRUE(timer->start());
 
     ASSERT_TRUE(waitFor([&] { return probe.calls >= 3 && !timer->isRunning(); }));
@@ -189,10 +187,7 @@ TEST(CKVTickCount, DestructorStopsARunningTimer)
 {
     Probe probe;
     {
-        kv_shared_ptr<CKVTickCount> timer(new CKVTickCount);
-        timer->setTimeOut(1);
-        timer->setTickCallback(&onTick);
-        timer->setUserData(&probe);
+        kv_shared_ptr<CKVTickCount> timer = tickingTimer(probe, 1);
         ASSERT_TRUE(timer->start());
         ASSERT_TRUE(waitFor([&] { return probe.calls >= 2; }));
     }

@@ -1,5 +1,4 @@
 #include "TarnwickGeometry/CKVBndBox.h"
-#include "TarnwickGeometry/CKVLineSeg.h"
 #include "TarnwickGeometry/CKVMatrix3D.h"
 #include "TarnwickGeometry/CKVPlane.h"
 #include "TarnwickGeometry/CKVPoint3D.h"
@@ -117,14 +116,6 @@ TEST(CKVPlane, NormalisesAndDescribesItself)
     EXPECT_EQ(-1.0, c);
     EXPECT_EQ(2.0, d);
     EXPECT_FALSE(CKVPlane(CKVPoint3D::kOrigin, CKVVector3D()).isValid());
-}
-
-TEST(CKVLineSeg, KeepsItsEnds)
-{
-    CKVLineSeg const seg(CKVPoint3D(1.0, 0.0, 0.0), CKVPoint3D(1.0, 4.0, 3.0));
-    EXPECT_EQ(CKVPoint3D(1.0, 0.0, 0.0), seg.getStartPoint());
-    EXPECT_EQ(CKVPoint3D(1.0, 4.0, 3.0), seg.getEndPoint());
-    EXPECT_DOUBLE_EQ(5.0, seg.length());
 }
 
 TEST(CKVBndBox, EmptyUntilAPointArrives)

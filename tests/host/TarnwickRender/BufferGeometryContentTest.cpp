@@ -1,3 +1,5 @@
+#include "host/HostStandIns.h"
+
 #include "TarnwickRender/CKVBufferGeometry.h"
 
 #include <gtest/gtest.h>
@@ -11,17 +13,8 @@ using namespace Kelvor;
 
 namespace {
 
-class TestAttribute : public CKVVertexBufferAttribute
-{
-public:
-    explicit TestAttribute(Name name) : CKVVertexBufferAttribute(name) {}
-};
-
-class TestIndex : public CKVVertexIndex
-{
-public:
-    explicit TestIndex(unsigned int mode) : CKVVertexIndex(mode) {}
-};
+using TestAttribute = hosttest::MemoryAttribute;
+using TestIndex = hosttest::MemoryIndex;
 
 // A geometry that makes its own buffers, as the backend's does through its
 // factories, and that counts the logic buffer operations reaching it.

@@ -147,17 +147,3 @@ TEST(MaterialContent, ClassesAreToldApartByRecord)
     ASSERT_TRUE(made);
     EXPECT_EQ(CKVBasicMaterial::kLine, made->getType());
 }
-
-TEST(MaterialContent, DepthRangeLeavesDefaultsWhenUnused)
-{
-    CKVBasicMaterial material;
-    bool use = false;
-    float zNear = 0.0f;
-    float zFar = 1.0f;
-    material.getDepthRange(use, zNear, zFar);
-    EXPECT_FALSE(use);
-    material.setDepthRange(true, 0.0f, 0.1f);
-    material.getDepthRange(use, zNear, zFar);
-    EXPECT_TRUE(use);
-    EXPECT_FLOAT_EQ(0.1f, zFar);
-}

@@ -149,9 +149,6 @@ TEST(SelectionResultContent, ACopyKeepsTheDrawableAlive)
 TEST(RenderConfigContent, CopiesCarryTheBackground)
 {
     CKVRenderConfig config;
-    EXPECT_EQ(CKVBackGroundConfig::kSolidColor, config.getBackGroundConfig().getBackGroundType());
-    EXPECT_FALSE(config.getAtmosphericScattteringUse());
-    EXPECT_EQ(CKVRenderConfig::kShaded, config.getRenderStyle());
     EXPECT_GT(config.getLightPosition().z, 0.0f); // day
 
     CKVBackGroundConfig sky;

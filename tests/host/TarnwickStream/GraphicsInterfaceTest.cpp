@@ -1,7 +1,7 @@
+#include "host/HostStandIns.h"
+
 #include "TarnwickGeometry/CKVCone.h"
 #include "TarnwickGeometry/CKVMesh.h"
-#include "TarnwickRender/CKVBufferGeometry.h"
-#include "TarnwickRender/CKVRenderCallback.h"
 #include "TarnwickStream/CKVGraphicsInterfaceImp.h"
 #include "TarnwickStream/CKVRenderLOD.h"
 
@@ -11,39 +11,11 @@ using namespace Kelvor;
 
 namespace {
 
-class TestAttribute : public CKVVertexBufferAttribute
-{
-public:
-    explicit TestAttribute(Name name) : CKVVertexBufferAttribute(name) {}
-};
-
-class TestIndex : public CKVVertexIndex
-{
-public:
-    explicit TestIndex(unsigned int mode) : CKVVertexIndex(mode) {}
-};
-
-class TestGeometry : public CKVBufferGeometry
-{
-};
-
 // Stands in for a loaded backend: its factories make plain host objects.
 class GraphicsInterface : public ::testing::Test
 {
-protected:
-    void SetUp() override
-    {
-        CKVRenderCallback::regCreateBufferGeometry([]() -> CKVBufferGeometry* { return new TestGeometry; });
-        CKVRenderCallback::regCreateVertexBufferAttribute([](CKVVertexBufferAttribute::Name name)
-                                                              -> CKVVertexBufferAttribute* { return new TestAttribute(name); });
-        CKVRenderCallback::regCreateVertexIndex([](unsigned int mode) -> CKVVertexIndex* { return new TestIndex(mode); });
-    }
-    void TearDown() override
-    {
-        CKVRenderCallback::unregCreateBufferGeometry();
-        CKVRenderCallback::unregCreateVertexBufferAttribute();
-        CKVRenderCallback::unregCreateVertexIndex();
-    }
+private:
+    hosttest::MemoryFactoriesScope mFactories;
 };
 
 } // namespace
