@@ -2,7 +2,6 @@
 
 #include "scene/CKVOSGGeometry.h"
 
-#include "TarnwickRender/CKVBufferGeometry.h"
 
 #include <cstring>
 
@@ -53,16 +52,7 @@ void CKVOSGLineSegmentIntersector::intersect(osgUtil::IntersectionVisitor& visit
     if (getIntersectionLimit() == LIMIT_ONE && containsIntersections())
         return;
 
-    // The host knows where its vertices really are; the drawable's own bound
-    // spans every instance, which is the wrong frame inside an instance loop.
-    osg::BoundingBox box = drawable->getBoundingBox();
-    if (CKVBufferGeometry const* host = static_cast<CKVOSGGeometry*>(drawable)->getHostGeometry())
-    {
-        CKVBndBox const vertices = host->getVertexBoundingBox();
-        box.set(osg::Vec3f(float(vertices.minPt().x), float(vertices.minPt().y), float(vertices.minPt().z)),
-                osg::Vec3f(float(vertices.maxPt().x), float(vertices.maxPt().y), float(vertices.maxPt().z)));
-    }
-
+    osg::BoundingBox const box = static_cast<CKVOSGGeometry*>(drawable)->getVertexBound();
     osg::Vec3d start = _start;
     osg::Vec3d end = _end;
     if (drawable->getCullingActive() && !intersectAndClip(start, end, box))

@@ -3,7 +3,6 @@
 #include "picking/PolytopeIntersectFunctor.h"
 #include "scene/CKVOSGGeometry.h"
 
-#include "TarnwickRender/CKVBufferGeometry.h"
 
 #include <osg/KdTree>
 #include <osg/TemplatePrimitiveFunctor>
@@ -125,16 +124,9 @@ void CKVOSGPolytopeIntersector::intersect(osgUtil::IntersectionVisitor& visitor,
     if (reachedLimit())
         return;
 
-    osg::BoundingBox box = drawable->getBoundingBox();
-    if (std::strcmp(drawable->className(), CKVOSGGeometry::s_className) == 0)
-    {
-        if (CKVBufferGeometry const* host = static_cast<CKVOSGGeometry*>(drawable)->getHostGeometry())
-        {
-            CKVBndBox const vertices = host->getVertexBoundingBox();
-            box.set(osg::Vec3f(float(vertices.minPt().x), float(vertices.minPt().y), float(vertices.minPt().z)),
-                    osg::Vec3f(float(vertices.maxPt().x), float(vertices.maxPt().y), float(vertices.maxPt().z)));
-        }
-    }
+    osg::BoundingBox const box = std::strcmp(drawable->className(), CKVOSGGeometry::s_className) == 0
+                                     ? static_cast<CKVOSGGeometry*>(drawable)->getVertexBound()
+                                     : drawable->getBoundingBox();
     if (drawable->getCullingActive() && !_polytope.contains(box))
         return;
 

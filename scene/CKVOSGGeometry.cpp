@@ -138,17 +138,29 @@ void CKVOSGGeometry::clearHostGeometry()
     dirtyBound();
 }
 
+namespace {
+
+osg::BoundingBox toOsgBox(CKVBndBox const& box)
+{
+    CKVPoint3D const& low = box.minPt();
+    CKVPoint3D const& high = box.maxPt();
+    return osg::BoundingBox(static_cast<float>(low.x), static_cast<float>(low.y), static_cast<float>(low.z),
+                            static_cast<float>(high.x), static_cast<float>(high.y), static_cast<float>(high.z));
+}
+
+} // namespace
+
 osg::BoundingBox CKVOSGGeometry::computeBoundingBox() const
 {
     if (!mHost)
         return osg::Drawable::computeBoundingBox();
     CKVBndBox const box = mHost->getInstanceBnundingBox();
-    if (!box.valid())
-        return osg::BoundingBox();
-    CKVPoint3D const& low = box.minPt();
-    CKVPoint3D const& high = box.maxPt();
-    return osg::BoundingBox(static_cast<float>(low.x), static_cast<float>(low.y), static_cast<float>(low.z),
-                            static_cast<float>(high.x), static_cast<float>(high.y), static_cast<float>(high.z));
+    return box.valid() ? toOsgBox(box) : osg::BoundingBox();
+}
+
+osg::BoundingBox CKVOSGGeometry::getVertexBound() const
+{
+    return mHost ? toOsgBox(mHost->getVertexBoundingBox()) : getBoundingBox();
 }
 
 void CKVOSGGeometry::rebuild()

@@ -58,6 +58,11 @@ public:
     void drawKVVertexArraysImplementation(osg::RenderInfo& renderInfo) const;
 
     CKVBufferGeometry* getHostGeometry() const { return mHost; }
+    // The box of one instance's vertices as the host knows them (narrowed to
+    // floats), or the drawable's own box when no host geometry is attached.
+    // The drawable's bound spans every instance, which is the wrong frame
+    // inside an instance's model matrix.
+    osg::BoundingBox getVertexBound() const;
     // Called by the host geometry's destructor.
     void clearHostGeometry();
 
