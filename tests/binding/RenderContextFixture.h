@@ -3,12 +3,17 @@
 #include "TestHostWindow.h"
 
 #include "binding/CKVRenderContextX11Imp.h"
+#include "support/DisplayTest.h"
 #include "support/GLTestContext.h"
 #include "viewer/CKVGraphicsWindowX11.h"
 #include "viewer/CKVOSGCamera.h"
 #include "viewer/CKVViewer.h"
 
+#include "TarnwickRender/CKVCamera.h"
 #include "TarnwickRender/CKVGraphicsContext.h"
+#include "TarnwickRender/CKVRCApplyCamera.h"
+#include "TarnwickRender/CKVRCAttachSceneData.h"
+#include "TarnwickRender/CKVRCInsertRenderObject.h"
 #include "TarnwickRender/CKVRenderCallback.h"
 #include "TarnwickRender/CKVRenderCommand.h"
 #include "TarnwickRender/CKVRenderCommandDispatch.h"
@@ -64,7 +69,7 @@ private:
 // A host window, a scene and a render context made through the host's
 // factory. Without an X display the test is skipped, unless
 // TARNWICK_REQUIRE_DISPLAY=1 asks for a failure instead.
-class RenderContextFixture : public ::testing::Test
+class RenderContextFixture : public DisplayTest
 {
 protected:
     static constexpr int kWidth = 96;
@@ -72,13 +77,9 @@ protected:
 
     void SetUp() override
     {
-        std::string reason;
-        if (!GLTestContext::displayAvailable(&reason)) {
-            char const* required = std::getenv("TARNWICK_REQUIRE_DISPLAY");
-            if (required && std::string(required) == "1")
-                FAIL() << "no X display: " << reason;
-            GTEST_SKIP() << "no X display: " << reason;
-        }
+        DisplayTest::SetUp();
+        if (!displayReady())
+            return;
         mHost = std::make_unique<TestHostWindow>(kWidth, kHeight);
         ASSERT_TRUE(mHost->valid());
         mGraphicsContext = CKVGraphicsContext(&mHost->windowData(), &mScene);
@@ -111,6 +112,36 @@ protected:
             return true;
         });
         return mContext;
+    }
+
+    // A perspective camera with a 60 degree field of view on the z axis,
+    // `distance` from the origin and looking at it, y up.
+    static CKVCamera cameraOnZAxis(double distance)
+    {
+        CKVCamera camera;
+        camera.setProjectMode(CKVCamera::kPerspective);
+        camera.setFieldOfView(60.0);
+        camera.setAspect(double(kWidth) / kHeight);
+        camera.setNearFar(0.1, 100.0);
+        camera.setPosition(CKVPoint3D(0, 0, distance));
+        camera.setTarget(CKVPoint3D(0, 0, 0));
+        camera.setUp(CKVVector3D(0, 1, 0));
+        return camera;
+    }
+
+    // Puts `object` into `node`, attaches the node and applies `camera`, all
+    // as host commands, then waits for `frames` frames drawn with them.
+    bool show(CKVSceneNode* node, CKVRenderObject* object, CKVCamera const& camera, unsigned int frames = 2)
+    {
+        kv_shared_ptr<CKVRenderCommand> commands[] = {
+            new CKVRCInsertRenderObject(node, object),
+            new CKVRCAttachSceneData(node),
+            new CKVRCApplyCamera(camera),
+        };
+        CKVRenderCommandCache* cache = mContext->getRenderCommandCache();
+        for (auto& command : commands)
+            cache->write(command.get());
+        return cache->submitAndWait(commands[2].get(), 10000) && waitForFrames(mCounter->frames() + frames);
     }
 
     // Stops the timer so that the test drives every tick itself.

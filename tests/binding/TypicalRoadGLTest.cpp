@@ -5,12 +5,8 @@
 #include "RenderContextFixture.h"
 
 #include "TarnwickRender/CKVBufferGeometry.h"
-#include "TarnwickRender/CKVCamera.h"
 #include "TarnwickRender/CKVLogicBufferGeometry.h"
 #include "TarnwickRender/CKVProgramParam.h"
-#include "TarnwickRender/CKVRCApplyCamera.h"
-#include "TarnwickRender/CKVRCAttachSceneData.h"
-#include "TarnwickRender/CKVRCInsertRenderObject.h"
 #include "TarnwickRender/CKVRCUpdateBufferGeometry.h"
 #include "TarnwickRender/CKVSceneNode.h"
 
@@ -72,26 +68,8 @@ TEST_F(TypicalRoadGLTest, InstancedGeometrySentAsCommandsIsDrawnByTheTick)
         ASSERT_TRUE(geometry->addLogicBuffer(buffer.get()));
 
     // Looking down the z axis at the row of instances, 4 units wide per side.
-    CKVCamera camera;
-    camera.setProjectMode(CKVCamera::kPerspective);
-    camera.setFieldOfView(60.0);
-    camera.setAspect(double(kWidth) / kHeight);
-    camera.setNearFar(0.1, 100.0);
-    camera.setPosition(CKVPoint3D(0, 0, 6.0));
-    camera.setTarget(CKVPoint3D(0, 0, 0));
-    camera.setUp(CKVVector3D(0, 1, 0));
-
-    kv_shared_ptr<CKVRenderCommand> commands[] = {
-        new CKVRCInsertRenderObject(node.get(), geometry.get()),
-        new CKVRCAttachSceneData(node.get()),
-        new CKVRCApplyCamera(camera),
-    };
+    ASSERT_TRUE(show(node.get(), geometry.get(), cameraOnZAxis(6.0), 3));
     CKVRenderCommandCache* cache = mContext->getRenderCommandCache();
-    for (auto& command : commands)
-        cache->write(command.get());
-    ASSERT_TRUE(cache->submitAndWait(commands[2].get(), 10000));
-    unsigned int const seen = mCounter->frames();
-    ASSERT_TRUE(waitForFrames(seen + 3));
 
     // World x of each instance centre in pixels: the half-width at distance 6
     // is 6 tan(30 deg) times the aspect.

@@ -4,13 +4,9 @@
 
 #include "TarnwickGeometry/CKVLineSeg.h"
 #include "TarnwickRender/CKVBufferGeometry.h"
-#include "TarnwickRender/CKVCamera.h"
 #include "TarnwickRender/CKVLogicBufferGeometry.h"
 #include "TarnwickRender/CKVProgramParam.h"
-#include "TarnwickRender/CKVRCApplyCamera.h"
 #include "TarnwickRender/CKVRCAreaSelectObject.h"
-#include "TarnwickRender/CKVRCAttachSceneData.h"
-#include "TarnwickRender/CKVRCInsertRenderObject.h"
 #include "TarnwickRender/CKVRCLineSegmentIntersection.h"
 #include "TarnwickRender/CKVRCPickSelectObject.h"
 #include "TarnwickRender/CKVSceneNode.h"
@@ -63,25 +59,7 @@ TEST_F(PickCommandsGLTest, PickAreaAndSegmentCommandsAnswerWithTheHostDrawables)
 
     // Six units up the z axis; the boxes' front faces are 5 units away, where
     // the view is 2 tan(30 deg) 5 = 5.77 units high and 1.5 times as wide.
-    CKVCamera camera;
-    camera.setProjectMode(CKVCamera::kPerspective);
-    camera.setFieldOfView(60.0);
-    camera.setAspect(double(kWidth) / kHeight);
-    camera.setNearFar(0.1, 100.0);
-    camera.setPosition(CKVPoint3D(0, 0, 6.0));
-    camera.setTarget(CKVPoint3D(0, 0, 0));
-    camera.setUp(CKVVector3D(0, 1, 0));
-
-    kv_shared_ptr<CKVRenderCommand> setup[] = {
-        new CKVRCInsertRenderObject(node.get(), geometry.get()),
-        new CKVRCAttachSceneData(node.get()),
-        new CKVRCApplyCamera(camera),
-    };
-    CKVRenderCommandCache* cache = mContext->getRenderCommandCache();
-    for (auto& command : setup)
-        cache->write(command.get());
-    ASSERT_TRUE(cache->submitAndWait(setup[2].get(), 10000));
-    ASSERT_TRUE(waitForFrames(mCounter->frames() + 2));
+    ASSERT_TRUE(show(node.get(), geometry.get(), cameraOnZAxis(6.0)));
 
     // The centre pixel shows box A's front face; (15, 15) from the top left
     // shows box B, which a pick with y counted the other way would miss.
@@ -95,6 +73,7 @@ TEST_F(PickCommandsGLTest, PickAreaAndSegmentCommandsAnswerWithTheHostDrawables)
     kv_shared_ptr<CKVRCAreaSelectObject> right =
         new CKVRCAreaSelectObject(CKVPoint3D(35, 20, 0), CKVPoint3D(kWidth - 1, kHeight - 1, 0), 10);
     kv_shared_ptr<CKVRenderCommand> queries[] = {centre, upperLeft, empty, downwards, all, right};
+    CKVRenderCommandCache* cache = mContext->getRenderCommandCache();
     for (auto& command : queries)
         cache->write(command.get());
     ASSERT_TRUE(cache->submitAndWait(right.get(), 10000));
