@@ -564,21 +564,27 @@ bool CKVRenderContextImp::getCapture(char const*, CKVVec2<unsigned int> const&, 
     return false;
 }
 
+CKVScenePicker CKVRenderContextImp::scenePicker() const
+{
+    // Without a viewer there is no scene to ask, whatever the camera holds.
+    return CKVScenePicker(mViewer.valid() ? mMainCamera.get() : nullptr);
+}
+
 bool CKVRenderContextImp::pickSelectObject(CKVPoint3D const& pixel, CKVSelectionResult& result)
 {
-    return CKVScenePicker(mViewer.valid() ? mMainCamera.get() : nullptr).pick(pixel, result);
+    return scenePicker().pick(pixel, result);
 }
 
 bool CKVRenderContextImp::areaSelectObject(CKVPoint3D const& corner1, CKVPoint3D const& corner2, unsigned int maxCount,
                                            std::vector<CKVSelectionResult>& results)
 {
-    return CKVScenePicker(mViewer.valid() ? mMainCamera.get() : nullptr).select(corner1, corner2, maxCount, results);
+    return scenePicker().select(corner1, corner2, maxCount, results);
 }
 
 bool CKVRenderContextImp::lineSegmentIntersection(CKVPoint3D const& start, CKVPoint3D const& end,
                                                   CKVSelectionResult& result)
 {
-    return CKVScenePicker(mViewer.valid() ? mMainCamera.get() : nullptr).intersect(start, end, result);
+    return scenePicker().intersect(start, end, result);
 }
 
 bool CKVRenderContextImp::setTerrainHeight(float)

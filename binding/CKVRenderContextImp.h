@@ -26,6 +26,7 @@ class CKVAxisHandle;
 class CKVGISCamera;
 class CKVOSGCamera;
 class CKVPostProcessNode;
+class CKVScenePicker;
 class CKVScene;
 class CKVViewer;
 
@@ -127,6 +128,7 @@ protected:
     // that cannot be built is left out.
     void createAxisHandle(osg::GraphicsContext* window);
     static void addMimeTypeMappings();
+    CKVScenePicker scenePicker() const;
 
     // Drops the GL objects and closes the window while its context can still
     // be made current: left to static destruction, the packaged
