@@ -1,5 +1,7 @@
 #pragma once
 
+#include "binding/KVBackendExport.h"
+
 namespace Kelvor {
 
 // How the library ties itself to the host. Static initialisation makes the
@@ -35,4 +37,4 @@ private:
 // Referencing this function makes a host link against the library; the
 // factories are registered by the time it can be called. It registers no
 // context factory itself: it passes null, which the host refuses.
-bool initOSGApplication();
+KV_BACKEND_EXPORT bool initOSGApplication();

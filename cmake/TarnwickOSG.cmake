@@ -1,5 +1,10 @@
-# The backend library. Each subsystem is a folder of class header/source
-# pairs; all of them build into the one shared library the host loads.
+# The backend. Each subsystem is a folder of class header/source pairs; all
+# of them compile once, into the object library TarnwickOSGInternal, which
+# two things link:
+# - the module TarnwickOSG (libTarnwickOSG.so) that hosts load and unload at
+#   run time; it exports only its entry points (cmake/TarnwickOSG.map);
+# - the tests and programs that reach the backend's classes, which take the
+#   objects into themselves.
 set(TARNWICK_BACKEND_FOLDERS binding viewer scene programs environment effects picking models fbx)
 
 set(_backend_sources "")
@@ -12,19 +17,27 @@ endforeach()
 find_package(assimp REQUIRED)
 
 if(_backend_sources)
-  add_library(TarnwickOSG SHARED ${_backend_sources})
-  target_include_directories(TarnwickOSG PUBLIC ${CMAKE_SOURCE_DIR} ${OPENSCENEGRAPH_INCLUDE_DIRS})
-  target_link_libraries(TarnwickOSG PUBLIC
+  add_library(TarnwickOSGInternal OBJECT ${_backend_sources})
+  target_include_directories(TarnwickOSGInternal PUBLIC ${CMAKE_SOURCE_DIR} ${OPENSCENEGRAPH_INCLUDE_DIRS})
+  target_link_libraries(TarnwickOSGInternal PUBLIC
     TarnwickStream TarnwickRender TarnwickGeometry TarnwickCommon
-    ${OPENSCENEGRAPH_LIBRARIES} OpenGL::GL OpenGL::EGL ${X11_LIBRARIES} Threads::Threads ${CMAKE_DL_LIBS})
-  target_link_libraries(TarnwickOSG PRIVATE assimp::assimp)
-  # The host unloads the backend; a GNU unique symbol would pin it in memory.
-  target_compile_options(TarnwickOSG PRIVATE -fno-gnu-unique)
-endif()
+    ${OPENSCENEGRAPH_LIBRARIES} OpenGL::GL OpenGL::EGL ${X11_LIBRARIES} Threads::Threads ${CMAKE_DL_LIBS}
+    assimp::assimp)
+  # The host unloads the backend. Hidden by default, so that no other
+  # library binds to the module's copies of inline code; no GNU unique
+  # symbols, which would mark the module as never to be unloaded.
+  set_target_properties(TarnwickOSGInternal PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(TarnwickOSGInternal PRIVATE -fno-gnu-unique)
 
-if(TARGET TarnwickOSG)
   include(${CMAKE_CURRENT_LIST_DIR}/KVEmbedShaders.cmake)
-  tarnwick_embed_shaders(TarnwickOSG ${CMAKE_SOURCE_DIR}/programs/shaders)
-  # The library reads its resources from the build's resource folder.
-  add_dependencies(TarnwickOSG tarnwick_resources)
+  tarnwick_embed_shaders(TarnwickOSGInternal ${CMAKE_SOURCE_DIR}/programs/shaders)
+  # The backend reads its resources from the build's resource folder.
+  add_dependencies(TarnwickOSGInternal tarnwick_resources)
+
+  # A module: hosts load it, nothing links it.
+  set(_export_map ${CMAKE_CURRENT_LIST_DIR}/TarnwickOSG.map)
+  add_library(TarnwickOSG MODULE)
+  target_link_libraries(TarnwickOSG PRIVATE TarnwickOSGInternal)
+  target_link_options(TarnwickOSG PRIVATE -Wl,--version-script=${_export_map} -Wl,--as-needed)
+  set_target_properties(TarnwickOSG PROPERTIES LINK_DEPENDS ${_export_map})
 endif()

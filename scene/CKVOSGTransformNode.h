@@ -1,5 +1,7 @@
 #pragma once
 
+#include "binding/KVBackendExport.h"
+
 #include "TarnwickRender/CKVVisibilityState.h"
 
 #include <osg/AutoTransform>
@@ -37,7 +39,7 @@ class CKVWaterMaterial;
 // The back pointer owns nothing: the host node owns this node, and a parent
 // group may keep it alive longer, so the host removes a node from its parent
 // before the node dies. Copies have no host node and behave as a plain group.
-class CKVOSGTransformNode : public osg::AutoTransform
+class KV_BACKEND_EXPORT CKVOSGTransformNode : public osg::AutoTransform
 {
 public:
     static char const* const s_className;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "binding/KVBackendExport.h"
 #include "scene/CKVOSGTransformNode.h"
 
 #include "TarnwickRender/CKVSceneNode.h"
@@ -16,7 +17,7 @@ namespace Kelvor {
 // The backend's scene node: every host scene node is backed by exactly one
 // CKVOSGTransformNode, and each list change the host makes is mirrored on
 // it. Copies share the transform node of the original.
-class CKVSceneNodeImp : public CKVSceneNode
+class KV_BACKEND_EXPORT CKVSceneNodeImp : public CKVSceneNode
 {
     KV_DECLARE_RUNTIME_CLASS(CKVSceneNodeImp)
 public:

@@ -6,7 +6,7 @@ add_executable(binding_context_cycles_leak_tests ${CMAKE_CURRENT_LIST_DIR}/Conte
 target_compile_options(binding_context_cycles_leak_tests PRIVATE -fno-omit-frame-pointer)
 target_link_options(binding_context_cycles_leak_tests PRIVATE -fsanitize=leak)
 target_include_directories(binding_context_cycles_leak_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR} ${CMAKE_CURRENT_LIST_DIR})
-target_link_libraries(binding_context_cycles_leak_tests PRIVATE TarnwickOSG tarnwick_test_support GTest::gtest GTest::gtest_main)
+target_link_libraries(binding_context_cycles_leak_tests PRIVATE TarnwickOSGInternal tarnwick_test_support GTest::gtest GTest::gtest_main)
 add_test(NAME binding_context_cycles_leak
   COMMAND sh ${CMAKE_CURRENT_LIST_DIR}/context_cycles_leak.sh
           $<TARGET_FILE:binding_context_cycles_leak_tests> ${CMAKE_CURRENT_LIST_DIR}/lsan.supp)

@@ -15,7 +15,8 @@ bool getModuleDirectory(CKVAString& directory);
 // Directory that holds the resource files loaded by relative name.
 // Unless the application has set one, it is the first existing of
 //   <module dir>/../resources              (build tree: <build>/lib beside <build>/resources)
-//   <module dir>/../share/tarnwick/resources (installed: <prefix>/lib beside <prefix>/share)
+//   <module dir>/../share/tarnwick/resources (installed: <prefix>/lib beside <prefix>/share;
+//                                            the build may name another folder)
 // and, when neither exists, the first of them, so that a missing file shows
 // up as a path a person can recognise. The result is normalised (no "..").
 bool getResourceDirectory(CKVAString& directory);

@@ -9,6 +9,12 @@
 #include <string>
 #include <vector>
 
+// Where an installed tree keeps the resources, seen from the library
+// folder; the build sets it when the install folders are not the usual ones.
+#ifndef TARNWICK_INSTALLED_RESOURCES
+#define TARNWICK_INSTALLED_RESOURCES "../share/tarnwick/resources"
+#endif
+
 namespace Kelvor {
 namespace Common {
 
@@ -111,7 +117,7 @@ bool getResourceDirectory(CKVAString& directory)
         return false;
     CKVAString const candidates[] = {
         normalizePath((module + "/../resources").c_str()),
-        normalizePath((module + "/../share/tarnwick/resources").c_str()),
+        normalizePath((module + "/" TARNWICK_INSTALLED_RESOURCES).c_str()),
     };
     for (CKVAString const& candidate : candidates) {
         if (checkDirectory(candidate.c_str())) {
