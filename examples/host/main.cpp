@@ -3,6 +3,7 @@
 // the window, captures one frame to a file and unloads the backend again.
 // Usage: tarnwick-example-host CAPTURE.png
 // Exit status 0 when the pick hit the box and the capture was written.
+#include "TarnwickCommon/Common.h"
 #include "TarnwickGeometry/CKVMesh.h"
 #include "TarnwickRender/CKVBasicMaterial.h"
 #include "TarnwickRender/CKVBufferGeometry.h"
@@ -219,6 +220,9 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "%s\n", dlerror());
         return 2;
     }
+    CKVAString resources;
+    Common::getResourceDirectory(resources);
+    std::printf("resources: %s\n", resources.c_str());
     int const status = run(display, window, argv[1]);
     dlclose(backend);
     std::printf("unloaded: %s\n", kv_shared_ptr<CKVSceneNode>(CKVRenderCallback::createSceneNode()).valid() ? "no" : "yes");
