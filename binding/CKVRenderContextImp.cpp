@@ -1,7 +1,6 @@
 #include "binding/CKVRenderContextImp.h"
 
 #include "binding/CKVCameraUniforms.h"
-#include "binding/KVNoThrow.h"
 #include "effects/CKVPostProcessNode.h"
 #include "picking/CKVScenePicker.h"
 #include "programs/CKVProgramManager.h"
@@ -16,6 +15,7 @@
 #include "viewer/CKVViewer.h"
 #include "viewer/DepthFunc.h"
 #include "viewer/DepthRange.h"
+#include "viewer/KVNoThrow.h"
 #include "viewer/UpdateAxisHandle.h"
 
 #include "TarnwickCommon/Common.h"

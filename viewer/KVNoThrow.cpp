@@ -1,4 +1,4 @@
-#include "binding/KVNoThrow.h"
+#include "viewer/KVNoThrow.h"
 
 #include <osg/Notify>
 
