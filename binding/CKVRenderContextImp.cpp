@@ -15,6 +15,7 @@
 #include "viewer/CKVViewer.h"
 #include "viewer/DepthFunc.h"
 #include "viewer/DepthRange.h"
+#include "viewer/KVNoThrow.h"
 #include "viewer/UpdateAxisHandle.h"
 
 #include "TarnwickCommon/Common.h"
@@ -47,8 +48,24 @@ namespace {
 // create factory only guards against a duplicate.
 unsigned int gNextContextId = 0;
 
-// Culling of the main camera: view-frustum sides and near plane.
-constexpr unsigned int kMainCullingMode = 15;
+// Culling of the main camera: the whole view frustum (sides, near and far
+// planes) and features smaller than a few pixels.
+constexpr unsigned int kMainCullingMode =
+    osg::CullSettings::VIEW_FRUSTUM_CULLING | osg::CullSettings::SMALL_FEATURE_CULLING;
+static_assert(kMainCullingMode == 15, "the main camera culls as the host engine's other platforms do");
+// What the main camera clears to before a render configuration gives a
+// background: the root's scene pass and captures start from it. A colour
+// no model or background uses, so that a pixel nothing drew stands out.
+osg::Vec4 const kDefaultClearColor(0.58f, 0.95f, 0.85f, 1.0f);
+// The light until the host sets its own, the same on every platform of the
+// engine: a white sun 47 degrees up in the south-east (x east, y north, z
+// up), towards which DirLightDir_V3 points; its intensity of 9 is scaled
+// by 0.4 in the surface shaders, so that a lit white face comes out near
+// the top of the tone curve without clipping, and a white ambient term of
+// 0.15 keeps faces turned away from the sun readable.
+osg::Vec3f const kDefaultLightDirection(0.4f, -0.5f, 0.7f);
+constexpr float kDefaultLightIntensity = 9.0f;
+constexpr float kDefaultAmbientIntensity = 0.15f;
 // Texture units reserved on the root: the repeating noise (used while
 // textures are not bindless) and the snow normal map.
 constexpr unsigned int kNoiseTextureUnit = 16;
@@ -121,7 +138,7 @@ void CKVRenderContextImp::createMainCamera(osg::GraphicsContext* window, int wid
     mMainCamera->setAllowEventFocus(false);
     double const aspect = height > 0 ? static_cast<double>(width) / height : 1.0;
     mMainCamera->setProjectionMatrixAsPerspective(60.0, aspect, 0.01, 1000.0);
-    mMainCamera->setClearColor(osg::Vec4(0.58f, 0.95f, 0.85f, 1.0f));
+    mMainCamera->setClearColor(kDefaultClearColor);
     mMainCamera->setViewMatrixAsLookAt(osg::Vec3d(0.0, 0.0, 1.0), osg::Vec3d(0.0, 0.0, 0.0), osg::Vec3d(0.0, 1.0, 0.0));
     mMainCamera->setComputeNearFarMode(osg::CullSettings::DO_NOT_COMPUTE_NEAR_FAR);
     mMainCamera->setCullingMode(kMainCullingMode);
@@ -183,13 +200,13 @@ void CKVRenderContextImp::createUniformBlocks()
         new osg::Uniform(CKVCameraUniforms::kFixedProjection, osg::Matrixf(mMainCamera->getProjectionMatrix())));
     stateSet->addUniform(new osg::Uniform(CKVCameraUniforms::kScaleOnlyView, osg::Matrixf()));
 
-    osg::Vec3f lightDirection(0.4f, -0.5f, 0.7f);
+    osg::Vec3f lightDirection = kDefaultLightDirection;
     lightDirection.normalize();
     mLightInfo.set(kLightDirection, lightDirection.ptr(), 3);
     mRoot->setLightPosition(lightDirection);
     float const white[3] = {1.0f, 1.0f, 1.0f};
-    mLightInfo.set(kLightIntensity, 9.0f);
-    mLightInfo.set(kAmbientIntensity, 0.15f);
+    mLightInfo.set(kLightIntensity, kDefaultLightIntensity);
+    mLightInfo.set(kAmbientIntensity, kDefaultAmbientIntensity);
     mLightInfo.set(kLightColor, white, 3);
     mLightInfo.set(kAmbientColor, white, 3);
     stateSet->setAttribute(mLightInfo.getBinding());
@@ -360,14 +377,27 @@ void CKVRenderContextImp::onTick(unsigned int milliseconds)
     std::lock_guard<std::mutex> lock(mFrameMutex);
     if (!mViewer.valid())
         return;
-    osgViewer::ViewerBase::Contexts contexts;
-    mViewer->getContexts(contexts, true);
-    mViewer->checkWindowStatus(contexts);
-    if (mViewer->done() || contexts.empty())
-        return;
-    osg::GraphicsContext* context = contexts.front();
-    context->makeCurrent();
+    osg::GraphicsContext* context = nullptr;
+    // A frame that throws is dropped; the next tick draws again.
+    KVNoThrow::call("render tick: frame dropped", [&] {
+        osgViewer::ViewerBase::Contexts contexts;
+        mViewer->getContexts(contexts, true);
+        mViewer->checkWindowStatus(contexts);
+        if (mViewer->done() || contexts.empty())
+            return false;
+        context = contexts.front();
+        context->makeCurrent();
+        tickFrame(milliseconds);
+        return true;
+    });
+    // The frame releases the context itself; a command may have stopped the
+    // frame, or it threw, and the next tick may come on another thread.
+    if (context)
+        context->releaseContext();
+}
 
+void CKVRenderContextImp::tickFrame(unsigned int milliseconds)
+{
     std::vector<kv_shared_ptr<CKVRenderCommandCache>> retired;
     kv_shared_ptr<CKVRenderCommandCache> active;
     {
@@ -387,9 +417,6 @@ void CKVRenderContextImp::onTick(unsigned int milliseconds)
             op->tick(milliseconds);
     }
     renderFrame();
-    // The frame releases the context itself; a command may have stopped the
-    // frame, and the next tick may come on another thread.
-    context->releaseContext();
 }
 
 void CKVRenderContextImp::drain(CKVRenderCommandCache& cache, bool forcedFrame)
@@ -397,8 +424,9 @@ void CKVRenderContextImp::drain(CKVRenderCommandCache& cache, bool forcedFrame)
     CKVRenderCommandCache::CommandList commands;
     cache.read(commands, forcedFrame);
     for (kv_shared_ptr<CKVRenderCommand> const& command : commands) {
-        // A failed command wakes its writer too; its record then holds no result.
-        mDispatchMgr.dispatch(this, *command);
+        // A failed command wakes its writer too; its record then holds no
+        // result. One that throws has failed, and the drain goes on.
+        KVNoThrow::call("render command failed", [&] { return mDispatchMgr.dispatch(this, *command); });
         command->signal();
     }
 }

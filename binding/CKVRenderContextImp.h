@@ -141,6 +141,8 @@ protected:
     void setConfigured(bool configured) { mConfigured = configured; }
 
 private:
+    // One tick with the context current: drain, the operator's tick, the frame.
+    void tickFrame(unsigned int milliseconds);
     void drain(CKVRenderCommandCache& cache, bool forcedFrame);
     void applyDefine(char const* name, bool on);
     // Points the configuration at the objects made so far in `initialize`.

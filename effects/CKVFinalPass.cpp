@@ -16,12 +16,13 @@ namespace {
 
 // The fragment stage is the program's second shader.
 constexpr unsigned int kFragmentShaderIndex = 1;
+char const* const kColorGradingDefine = "_USE_COLOR_GRADING";
 
 } // namespace
 
 CKVFinalPass::CKVFinalPass()
     : mQuad(new CBGGeode)
-    , mWantedDefines{"_USE_VOLUMETRICLIGHT", "_USE_DOF", "_USE_COLOR_GRADING", "_USE_SHADOW"}
+    , mWantedDefines{"_USE_VOLUMETRICLIGHT", "_USE_DOF", kColorGradingDefine, "_USE_SHADOW"}
 {
     mQuad->setName("PostProcessQuad");
     mQuad->addDrawable(new CFullScreenTriangleGeometry);
@@ -60,8 +61,18 @@ bool CKVFinalPass::rebuildProgram(osg::StateSet const* defines)
     char const* body = CKVProgramManager::getPostProcessFragmentBody();
     if (!body)
         return false;
-    return KVDefineBlock::rebuild(mProgram.get(), kFragmentShaderIndex, mWantedDefines, defines, body,
-                                  mDefinesText);
+    // Grading through a table that has no image yet looks every colour up
+    // in an empty texture, which reads black: until a table is given the
+    // frame goes out ungraded.
+    std::set<std::string> wanted = mWantedDefines;
+    if (!hasLUTImage())
+        wanted.erase(kColorGradingDefine);
+    return KVDefineBlock::rebuild(mProgram.get(), kFragmentShaderIndex, wanted, defines, body, mDefinesText);
+}
+
+bool CKVFinalPass::hasLUTImage() const
+{
+    return mLUTTexture.valid() && mLUTTexture->getImage() != nullptr;
 }
 
 void CKVFinalPass::createLUT()

@@ -31,8 +31,9 @@ public:
     osg::Texture2D* getInput() const;
 
     // Writes the wanted defines that `defines` has on into the fragment
-    // source. True when the source changed; an unchanged list leaves it
-    // alone, since a new source means a recompile.
+    // source; grading only once the table has an image. True when the
+    // source changed; an unchanged list leaves it alone, since a new source
+    // means a recompile.
     bool rebuildProgram(osg::StateSet const* defines);
     std::string const& getDefinesText() const { return mDefinesText; }
     std::set<std::string> const& getWantedDefines() const { return mWantedDefines; }
@@ -43,7 +44,9 @@ public:
     osg::Texture2D* getLUTTexture() const { return mLUTTexture.get(); }
     // Reads a table image into the existing table. False, with the old
     // table kept, when there is no table yet or the image cannot be read.
+    // The program is rebuilt by the caller: grading may start now.
     bool setLUTImage(std::string const& imagePath);
+    bool hasLUTImage() const;
 
     unsigned int getNextTextureUnit() const { return mNextTextureUnit; }
 

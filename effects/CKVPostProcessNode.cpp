@@ -31,7 +31,7 @@ constexpr GLbitfield kSceneClearMask = GL_DEPTH_BUFFER_BIT;
 // else the scene pass sets itself.
 constexpr unsigned int kSceneInheritanceMask = osg::CullSettings::DRAW_BUFFER | osg::CullSettings::READ_BUFFER;
 // The main camera's culling mode bit that asks for small-feature culling.
-constexpr unsigned int kSmallFeatureCullingBit = 8;
+constexpr unsigned int kSmallFeatureCullingBit = osg::CullSettings::SMALL_FEATURE_CULLING;
 // A host node with this name is a background and is drawn by the GIS camera.
 char const* const kGISBackGroundName = "KV_GISBackGround";
 // The draw-buffer selection must come before anything else of the pass.
@@ -181,7 +181,11 @@ void CKVPostProcessNode::applyRenderStyle(int style)
 
 bool CKVPostProcessNode::setColorGrading(std::string const& imagePath)
 {
-    return mFinalPass->setLUTImage(imagePath);
+    if (!mFinalPass->setLUTImage(imagePath))
+        return false;
+    // The first table switches grading on in the final pass.
+    rebuildProgram();
+    return true;
 }
 
 void CKVPostProcessNode::setGenerator(osg::ref_ptr<CKVFullScreenGenerator>& slot, CKVFullScreenGenerator* generator)

@@ -69,16 +69,8 @@ void CKVFBXAnimationImp::playAnimation(char const* name)
     if (!m_manager.valid() || !m_fbxScene.valid())
         return;
     std::string const requested = name ? name : "";
-    if (m_current.valid()) {
-        if (m_current->getName() == requested) {
-            if (!m_manager->isPlaying(m_current.get()))
-                m_manager->playAnimation(m_current.get(), 0, 1.0f);
-            return;
-        }
-        m_manager->removeRegisteredAnimation(m_current.get());
-        m_current = nullptr;
-    }
-
+    // An unknown name is ignored: whatever plays goes on, and nothing is
+    // read or unregistered.
     Entry const* found = nullptr;
     for (Entry const& entry : m_animations) {
         if (requested == entry.first.c_str())
@@ -86,12 +78,26 @@ void CKVFBXAnimationImp::playAnimation(char const* name)
     }
     if (!found)
         return;
+    if (m_current.valid() && m_current->getName() == requested) {
+        if (!m_manager->isPlaying(m_current.get()))
+            m_manager->playAnimation(m_current.get(), 0, 1.0f);
+        return;
+    }
 
+    // One clip is registered at a time: the one played before, and any
+    // the character's own file brought, go before the next is read.
     m_manager->stopAll();
+    m_current = nullptr;
+    osgAnimation::AnimationList const registered = m_manager->getAnimationList();
+    for (osg::ref_ptr<osgAnimation::Animation> const& animation : registered)
+        m_manager->removeRegisteredAnimation(animation.get());
     m_manager->setLastAnimation(nullptr);
+
     ReaderWriterFBX reader;
     reader.setAnimationManager(m_manager.get());
-    // Only the side effect counts: the file's clip is now registered on the
+    // Of a file with several clips, the one of the requested name.
+    reader.setClipName(requested);
+    // Only the side effect counts: the clip is now registered on the
     // manager and delivered as its last animation.
     reader.readNode(found->second.c_str(), nullptr, &m_fbxScene);
     m_current = m_manager->getLastAnimation();

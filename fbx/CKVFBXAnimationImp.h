@@ -39,9 +39,12 @@ public:
     // The clip registered last, named as it was asked for; null when none.
     osgAnimation::Animation* getCurrentAnimation() const { return m_current.get(); }
 
-    // Plays the named clip from its start. The clip playing already goes
-    // on; a stopped one restarts without reading its file. Unknown names
-    // and unreadable files leave nothing playing.
+    // Plays the named clip from its start: of the entry's file, the clip of
+    // that name (see ReaderWriterFBX::setClipName). The clip playing
+    // already goes on; a stopped one restarts without reading its file.
+    // After a change exactly one clip is registered. A name that is not in
+    // the list is ignored: what plays goes on. An unreadable file leaves
+    // nothing playing.
     void playAnimation(char const* name);
     void stopAll();
 

@@ -8,30 +8,14 @@
 #include <osgAnimation/Channel>
 
 #include <algorithm>
-#include <limits>
 
 namespace Kelvor {
 
 namespace {
 
-double earliestKey(aiAnimation const& clip)
-{
-    double earliest = std::numeric_limits<double>::max();
-    for (unsigned int c = 0; c < clip.mNumChannels; ++c) {
-        aiNodeAnim const* channel = clip.mChannels[c];
-        if (channel->mNumPositionKeys)
-            earliest = std::min(earliest, channel->mPositionKeys[0].mTime);
-        if (channel->mNumRotationKeys)
-            earliest = std::min(earliest, channel->mRotationKeys[0].mTime);
-        if (channel->mNumScalingKeys)
-            earliest = std::min(earliest, channel->mScalingKeys[0].mTime);
-    }
-    return earliest == std::numeric_limits<double>::max() ? 0.0 : earliest;
-}
-
 template <class Channel, class Key, class Convert>
 osg::ref_ptr<Channel> makeChannel(char const* element, std::string const& target, Key const* keys,
-                                  unsigned int count, double shift, double secondsPerTick, Convert convert,
+                                  unsigned int count, double secondsPerTick, Convert convert,
                                   double& lastTime)
 {
     if (count == 0)
@@ -41,7 +25,7 @@ osg::ref_ptr<Channel> makeChannel(char const* element, std::string const& target
     channel->setTargetName(target);
     auto* container = channel->getOrCreateSampler()->getOrCreateKeyframeContainer();
     for (unsigned int k = 0; k < count; ++k) {
-        double const time = (keys[k].mTime - shift) * secondsPerTick;
+        double const time = keys[k].mTime * secondsPerTick;
         container->push_back(typename Channel::KeyframeContainerType::value_type(time, convert(keys[k].mValue)));
         lastTime = std::max(lastTime, time);
     }
@@ -55,7 +39,6 @@ osg::ref_ptr<osgAnimation::Animation> KVFBXAnimationBuilder::build(aiAnimation c
 {
     double const ticksPerSecond = clip.mTicksPerSecond > 0.0 ? clip.mTicksPerSecond : kDefaultTicksPerSecond;
     double const secondsPerTick = 1.0 / ticksPerSecond;
-    double const shift = std::min(0.0, earliestKey(clip));
 
     osg::ref_ptr<osgAnimation::Animation> animation = new osgAnimation::Animation;
     animation->setName(clip.mName.C_Str());
@@ -66,13 +49,13 @@ osg::ref_ptr<osgAnimation::Animation> KVFBXAnimationBuilder::build(aiAnimation c
         if (skeleton && !skeleton->hasNode(target))
             continue;
         auto translate = makeChannel<osgAnimation::Vec3LinearChannel>(
-            "translate", target, source.mPositionKeys, source.mNumPositionKeys, shift, secondsPerTick,
+            "translate", target, source.mPositionKeys, source.mNumPositionKeys, secondsPerTick,
             [](aiVector3D const& v) { return toOsgVec3(v); }, lastTime);
         auto rotate = makeChannel<osgAnimation::QuatSphericalLinearChannel>(
-            "quaternion", target, source.mRotationKeys, source.mNumRotationKeys, shift, secondsPerTick,
+            "quaternion", target, source.mRotationKeys, source.mNumRotationKeys, secondsPerTick,
             [](aiQuaternion const& q) { return toOsgQuat(q); }, lastTime);
         auto scale = makeChannel<osgAnimation::Vec3LinearChannel>(
-            "scale", target, source.mScalingKeys, source.mNumScalingKeys, shift, secondsPerTick,
+            "scale", target, source.mScalingKeys, source.mNumScalingKeys, secondsPerTick,
             [](aiVector3D const& v) { return toOsgVec3(v); }, lastTime);
         for (osgAnimation::Channel* channel : {static_cast<osgAnimation::Channel*>(translate.get()),
                                                static_cast<osgAnimation::Channel*>(rotate.get()),
@@ -83,8 +66,11 @@ osg::ref_ptr<osgAnimation::Animation> KVFBXAnimationBuilder::build(aiAnimation c
     }
     if (animation->getChannels().empty())
         return nullptr;
-    // The clip's own length counts even where its last keys stop earlier.
-    double const declared = (clip.mDuration - shift) * secondsPerTick;
+    // Keys keep their times. Those below zero lie before the clip's start
+    // (a file whose take starts after its first keys): they shape the pose
+    // at the start and are never waited for. The clip's own length counts
+    // even where its last keys stop earlier.
+    double const declared = clip.mDuration * secondsPerTick;
     animation->setDuration(std::max(declared, lastTime));
     return animation;
 }

@@ -12,9 +12,10 @@ class CKVFBXSceneHandle;
 // Turns one clip of an imported file into an osgAnimation::Animation: per
 // animated node a translation, a rotation and a scale channel, aimed at the
 // node's name and at the stacked elements "translate", "quaternion" and
-// "scale" that KVFBXSceneBuilder gives every node. Times are seconds; a
-// clip whose keys start before zero is shifted to start at zero, because a
-// played animation starts at its time zero.
+// "scale" that KVFBXSceneBuilder gives every node. Times are seconds from
+// the clip's start, as the file gives them: keys before zero (before the
+// take's start) are kept where they are, not shifted, so that the motion
+// keeps its timing and a loop has no pause at its start.
 class KVFBXAnimationBuilder
 {
 public:

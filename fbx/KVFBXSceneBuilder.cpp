@@ -64,9 +64,10 @@ osg::ref_ptr<osg::Geometry> makeGeometry(aiMesh const& mesh, osg::Matrixd const*
 
 } // namespace
 
-osg::ref_ptr<osg::Group> KVFBXSceneBuilder::build(aiScene const& scene, CKVFBXSceneHandle* handle)
+osg::ref_ptr<osg::Group> KVFBXSceneBuilder::build(aiScene const& scene, CKVFBXSceneHandle* handle,
+                                                  std::string const& fileDirectory)
 {
-    KVFBXSceneBuilder builder(scene);
+    KVFBXSceneBuilder builder(scene, fileDirectory);
     builder.mSkeleton = new osgAnimation::Skeleton;
     builder.mSkeleton->setDefaultUpdateCallback();
     builder.mSkins = new osg::Geode;
@@ -130,7 +131,9 @@ osg::ref_ptr<osgAnimation::Bone> KVFBXSceneBuilder::buildBone(aiNode const& node
             rigid = new osg::Geode;
             bone->addChild(rigid.get());
         }
-        rigid->addDrawable(makeGeometry(*mesh, nullptr).get());
+        osg::ref_ptr<osg::Geometry> geometry = makeGeometry(*mesh, nullptr);
+        geometry->setStateSet(mMaterials.stateSetFor(mesh->mMaterialIndex));
+        rigid->addDrawable(geometry.get());
     }
     return bone;
 }
@@ -162,6 +165,7 @@ void KVFBXSceneBuilder::addSkinnedMesh(aiMesh const& mesh, osg::Matrixd const& m
     rig->setSourceGeometry(makeGeometry(mesh, &meshGlobal).get());
     rig->setInfluenceMap(influences.get());
     rig->setDataVariance(osg::Object::DYNAMIC);
+    rig->setStateSet(mMaterials.stateSetFor(mesh.mMaterialIndex));
     mSkins->addDrawable(rig.get());
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "fbx/KVFBXMaterialBuilder.h"
+
 #include <osg/Geode>
 #include <osg/Group>
 #include <osg/ref_ptr>
@@ -27,22 +29,29 @@ class CKVFBXSceneHandle;
 // name. Skinned meshes become RigGeometry under the skeleton itself, in
 // skeleton space, with each vertex's weights normalised by the deformation
 // (files are not always exact there); other meshes hang under their node's
-// bone and move with it.
+// bone and move with it. Each mesh gets its material's state set.
 class KVFBXSceneBuilder
 {
 public:
     // The character's root: a group holding the skeleton. The handle, if
-    // given, learns every node name.
-    static osg::ref_ptr<osg::Group> build(aiScene const& scene, CKVFBXSceneHandle* handle);
+    // given, learns every node name. Texture files are looked for relative
+    // to `fileDirectory`, the directory of the file read.
+    static osg::ref_ptr<osg::Group> build(aiScene const& scene, CKVFBXSceneHandle* handle,
+                                          std::string const& fileDirectory);
 
 private:
-    explicit KVFBXSceneBuilder(aiScene const& scene) : mScene(scene) {}
+    KVFBXSceneBuilder(aiScene const& scene, std::string const& fileDirectory)
+        : mScene(scene)
+        , mMaterials(scene, fileDirectory)
+    {
+    }
 
     osg::ref_ptr<osgAnimation::Bone> buildBone(aiNode const& node, osg::Matrixd const& parentGlobal,
                                                CKVFBXSceneHandle* handle);
     void addSkinnedMesh(aiMesh const& mesh, osg::Matrixd const& meshGlobal);
 
     aiScene const& mScene;
+    KVFBXMaterialBuilder mMaterials;
     osg::ref_ptr<osgAnimation::Skeleton> mSkeleton;
     std::map<std::string, osgAnimation::Bone*> mBones;
     osg::ref_ptr<osg::Geode> mSkins;

@@ -35,6 +35,20 @@ unsigned int ReaderWriterFBX::importFlags()
     return aiProcess_Triangulate | aiProcess_LimitBoneWeights | aiProcess_GenSmoothNormals;
 }
 
+int ReaderWriterFBX::clipIndex(aiScene const& scene, std::string const& name)
+{
+    if (scene.mNumAnimations == 0)
+        return -1;
+    for (unsigned int a = 0; a < scene.mNumAnimations; ++a) {
+        // Some tools prefix a take with its armature: "Armature|walk".
+        std::string const clip = scene.mAnimations[a]->mName.C_Str();
+        std::size_t const bar = clip.rfind('|');
+        if (clip == name || (bar != std::string::npos && clip.compare(bar + 1, std::string::npos, name) == 0))
+            return static_cast<int>(a);
+    }
+    return 0;
+}
+
 osgDB::ReaderWriter::ReadResult ReaderWriterFBX::readNode(std::string const& file, Options const* options) const
 {
     return readNode(file, options, nullptr);
@@ -66,7 +80,10 @@ osgDB::ReaderWriter::ReadResult ReaderWriterFBX::readNode(std::string const& fil
     if (!manager.valid())
         manager = new CKVOSGAnimationManager;
     osg::ref_ptr<osgAnimation::Animation> last;
+    int const wanted = m_clipName.empty() ? -1 : clipIndex(*imported, m_clipName);
     for (unsigned int a = 0; a < imported->mNumAnimations; ++a) {
+        if (wanted >= 0 && a != static_cast<unsigned int>(wanted))
+            continue;
         osg::ref_ptr<osgAnimation::Animation> clip = KVFBXAnimationBuilder::build(*imported->mAnimations[a], skeleton);
         if (!clip.valid())
             continue;
@@ -83,7 +100,7 @@ osgDB::ReaderWriter::ReadResult ReaderWriterFBX::readNode(std::string const& fil
     }
 
     osg::ref_ptr<CKVFBXSceneHandle> handle = scene ? new CKVFBXSceneHandle : nullptr;
-    osg::ref_ptr<osg::Group> root = KVFBXSceneBuilder::build(*imported, handle.get());
+    osg::ref_ptr<osg::Group> root = KVFBXSceneBuilder::build(*imported, handle.get(), osgDB::getFilePath(path));
     root->setUpdateCallback(manager.get());
     if (handle.valid()) {
         handle->setSourceFile(path);

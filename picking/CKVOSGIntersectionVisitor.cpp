@@ -4,10 +4,8 @@
 #include "scene/CKVOSGGeometry.h"
 
 #include <osg/Geode>
-#include <osg/Notify>
 
 #include <cstring>
-#include <stdexcept>
 #include <vector>
 
 namespace Kelvor {
@@ -57,21 +55,12 @@ void CKVOSGIntersectionVisitor::apply(osg::Drawable& drawable)
         return;
     }
 
+    // Rows of unequal length throw std::out_of_range out of the query; the
+    // command's dispatch turns that into a failed query.
     std::vector<osg::Matrixd> instances;
-    try
+    if (!static_cast<CKVOSGGeometry&>(drawable).getInstanceMatrices(instances))
     {
-        if (!static_cast<CKVOSGGeometry&>(drawable).getInstanceMatrices(instances))
-        {
-            osgUtil::IntersectionVisitor::apply(drawable);
-            return;
-        }
-    }
-    catch (std::out_of_range const&)
-    {
-        // A row array shorter than the first: the rows are being rewritten or
-        // are broken. Picking must not throw into the host, so the geometry
-        // is left out of this query.
-        OSG_WARN << "CKVOSGGeometry instance rows: invalid vector<T> subscript" << std::endl;
+        osgUtil::IntersectionVisitor::apply(drawable);
         return;
     }
 

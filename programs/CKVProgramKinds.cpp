@@ -48,7 +48,8 @@ std::vector<Kind> makeKinds()
     std::vector<std::string> const surfaceDefines = {TAA, TEX, PBR, SHD, AO, LPV, ATM,
                                                      VOL, FOG, INS, ANI, CLP, ALF, HIL,
                                                      SIL, WHT, NBT, REP, RAN, SNW};
-    Stage const surfaceVS{VS, CKVProgramKinds::kVersion, {"blocks", "world_position", "surface.vert"},
+    Stage const surfaceVS{VS, CKVProgramKinds::kVersion,
+                          {"blocks", "world_position", "frame_motion", "surface.vert"},
                           CKVProgramKinds::kListens};
     Stage const surfaceFS{FS, CKVProgramKinds::kVersionBindless,
                           {"blocks", "shading", "frame_outputs", "surface.frag"}, CKVProgramKinds::kListens};
@@ -74,7 +75,7 @@ std::vector<Kind> makeKinds()
     return {
         {1, {surfaceVS, surfaceFS}, surfaceDefines},
         {2,
-         {{VS, CKVProgramKinds::kVersion, {"blocks", "flat.vert"}, CKVProgramKinds::kListens},
+         {{VS, CKVProgramKinds::kVersion, {"blocks", "frame_motion", "flat.vert"}, CKVProgramKinds::kListens},
           {FS, CKVProgramKinds::kVersion, {"frame_outputs", "flat.frag"},
            CKVProgramKinds::kListens}},
          {TAA, VOL, INS, HIL}},
@@ -96,7 +97,7 @@ std::vector<Kind> makeKinds()
         // Text keeps the pragma mode; its list adds the text library's own
         // defines, which the list given here would otherwise replace.
         {13,
-         {{VS, CKVProgramKinds::kVersion, {"blocks", "text.vert"}, CKVProgramKinds::kListensPragma},
+         {{VS, CKVProgramKinds::kVersion, {"blocks", "frame_motion", "text.vert"}, CKVProgramKinds::kListensPragma},
           {FS, CKVProgramKinds::kVersion, {"frame_outputs", "text.frag"}, CKVProgramKinds::kListensPragma}},
          {TAA, SIL, VOL, CLP, "BACKDROP_COLOR", "SHADOW", "OUTLINE", "SIGNED_DISTANCE_FIELD",
           "TEXTURE_DIMENSION", "GLYPH_DIMENSION"}},

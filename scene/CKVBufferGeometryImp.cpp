@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <new>
 
 namespace Kelvor {
 
@@ -11,7 +12,13 @@ KV_IMPLEMENT_RUNTIME_CLASS_DYNAMIC(CKVBufferGeometryImp, CKVBufferGeometry)
 
 CKVBufferGeometry* createBufferGeometryImp()
 {
-    return new CKVBufferGeometryImp();
+    // The host takes null for an allocation that failed; its members
+    // allocate too, so std::nothrow alone would not do.
+    try {
+        return new CKVBufferGeometryImp();
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    }
 }
 
 CKVBufferGeometryImp::CKVBufferGeometryImp()

@@ -16,6 +16,8 @@
 #include <osg/RenderInfo>
 #include <osg/State>
 
+#include <stdexcept>
+
 namespace Kelvor {
 
 char const* const CKVOSGGeometry::s_className = "CKVOSGGeometry";
@@ -243,13 +245,19 @@ bool CKVOSGGeometry::getInstanceMatrices(std::vector<osg::Matrixd>& matrices) co
         rows[r] = static_cast<osg::Vec4Array const*>(row);
     }
 
-    matrices.reserve(rows[0]->size());
-    for (std::size_t i = 0; i < rows[0]->size(); ++i)
+    std::size_t const count = rows[0]->size();
+    for (unsigned int r = 1; r < kInstanceRowCount; ++r)
     {
-        osg::Vec4 const& r1 = rows[0]->at(i);
-        osg::Vec4 const& r2 = rows[1]->at(i);
-        osg::Vec4 const& r3 = rows[2]->at(i);
-        osg::Vec4 const& r4 = rows[3]->at(i);
+        if (rows[r]->size() < count)
+            throw std::out_of_range("invalid vector<T> subscript");
+    }
+    matrices.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        osg::Vec4 const& r1 = (*rows[0])[i];
+        osg::Vec4 const& r2 = (*rows[1])[i];
+        osg::Vec4 const& r3 = (*rows[2])[i];
+        osg::Vec4 const& r4 = (*rows[3])[i];
         matrices.emplace_back(r1.x(), r1.y(), r1.z(), r1.w(), r2.x(), r2.y(), r2.z(), r2.w(),
                               r3.x(), r3.y(), r3.z(), r3.w(), r4.x(), r4.y(), r4.z(), r4.w());
     }

@@ -1,6 +1,7 @@
 #include "scene/CKVVertexBufferAttributeImp.h"
 
 #include <algorithm>
+#include <new>
 
 namespace Kelvor {
 
@@ -33,7 +34,13 @@ osg::Array* makeArray(unsigned int elementSize)
 
 CKVVertexBufferAttribute* createVertexBufferAttributeImp(CKVVertexBufferAttribute::Name name)
 {
-    return new CKVVertexBufferAttributeImp(name);
+    // The host takes null for an allocation that failed; its members
+    // allocate too, so std::nothrow alone would not do.
+    try {
+        return new CKVVertexBufferAttributeImp(name);
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    }
 }
 
 CKVVertexBufferAttributeImp::CKVVertexBufferAttributeImp(Name name)

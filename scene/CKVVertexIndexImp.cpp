@@ -6,6 +6,7 @@
 #include <osg/PrimitiveSet>
 
 #include <algorithm>
+#include <new>
 
 namespace Kelvor {
 
@@ -41,7 +42,13 @@ bool glModeOf(unsigned int mode, GLenum& glMode)
 
 CKVVertexIndex* createVertexIndexImp(unsigned int mode)
 {
-    return new CKVVertexIndexImp(mode);
+    // The host takes null for an allocation that failed; its members
+    // allocate too, so std::nothrow alone would not do.
+    try {
+        return new CKVVertexIndexImp(mode);
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    }
 }
 
 CKVVertexIndexImp::CKVVertexIndexImp(unsigned int mode)

@@ -1,6 +1,7 @@
 #include "viewer/CKVFrameTicker.h"
 
 #include "viewer/CKVTickTarget.h"
+#include "viewer/KVNoThrow.h"
 
 #include <chrono>
 
@@ -59,7 +60,12 @@ void CKVFrameTicker::tick(void* userData)
     if (!target)
         return;
     std::int64_t const elapsed = monotonicTicks() - ticker->mStartTicks;
-    target->onTick(static_cast<unsigned int>(elapsed / kTicksPerMs));
+    // The last guard of the timer thread: a target that throws (a lock
+    // that fails, say) loses its tick, not the host its process.
+    KVNoThrow::call("render tick", [&] {
+        target->onTick(static_cast<unsigned int>(elapsed / kTicksPerMs));
+        return true;
+    });
 }
 
 } // namespace Kelvor

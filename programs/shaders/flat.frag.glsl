@@ -12,15 +12,6 @@ void main()
     if (isHighlightGap())
         outColor = vec4(0.0, 0.0, 0.0, AlbedoColor_V4.w);
 #endif
-
-#ifdef _USE_TAA
-    velocityOut = screenVelocity();
-#endif
-#ifdef _USE_VOLUMETRICLIGHT
-    volumetricLightOut = vec4(0.0, 0.0, 0.0, 1.0);
-#endif
-#ifdef _USE_SILHOUETTE
     // Flat geometry (lines, markers) draws no edges of its own.
-    normalOut = vec4(0.0);
-#endif
+    writeFrameOutputs(vec4(0.0));
 }

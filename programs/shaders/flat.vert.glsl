@@ -5,11 +5,6 @@ layout(location = 0) in vec3 osg_Vertex;
 layout(location = 3) in mat4 kv_InstanceMatrix;
 #endif
 
-#ifdef _USE_TAA
-out vec4 projPosition;
-out vec4 lastProjPosition;
-#endif
-
 void main()
 {
     vec4 position = vec4(osg_Vertex, 1.0);
@@ -17,8 +12,5 @@ void main()
     position = kv_InstanceMatrix * position;
 #endif
     gl_Position = kv_ViewProjectionMatrix * kv_ModelMatrix * position;
-#ifdef _USE_TAA
-    projPosition = gl_Position;
-    lastProjPosition = kv_lastViewProjectionMatrix * kv_lastModelMatrix * position;
-#endif
+    kvWriteMotion(position);
 }

@@ -1,5 +1,6 @@
 // The extra colour attachments of the main colour pass, written by every
-// program that draws into it, and the highlight pattern.
+// program that draws into it, and the highlight pattern. The vertex half of
+// the motion output is frame_motion.
 
 #ifdef _USE_TAA
 in vec4 projPosition;
@@ -33,4 +34,21 @@ bool isHighlightGap()
 {
     ivec2 p = ivec2(gl_FragCoord.xy);
     return ((p.x + p.y) & 1) != 0;
+}
+
+// The end of every program of the main colour pass, after its colour:
+// motion, volumetric-light occlusion and the normal for the edge pass
+// (edgeNormal, already encoded; what draws no edges of its own passes zero).
+void writeFrameOutputs(vec4 edgeNormal)
+{
+#ifdef _USE_TAA
+    velocityOut = screenVelocity();
+#endif
+#ifdef _USE_VOLUMETRICLIGHT
+    // Whatever is drawn occludes the volumetric light.
+    volumetricLightOut = vec4(0.0, 0.0, 0.0, 1.0);
+#endif
+#ifdef _USE_SILHOUETTE
+    normalOut = edgeNormal;
+#endif
 }

@@ -4,9 +4,6 @@
 in vec2 uv;
 in vec3 normal_W;
 in vec3 pos_W;
-#ifdef _USE_FOG
-in vec3 pos_V;
-#endif
 #ifdef _USE_ANIMATION_CLIPTEST
 in float vAnimationClipTest;
 #endif
@@ -52,15 +49,5 @@ void main()
 
     vec3 Lo = lambertLight(Albedo, normal, dirLight_l, lightIntensity);
     vec3 ambient = simpleAmbient(Albedo);
-    vec3 finalColor = Lo * LightColor + ambient * AmbientColor;
-
-#ifdef _USE_ATMOSPHERE
-    finalColor = applyAtmosphere(finalColor, ambient);
-#endif
-#ifdef _USE_FOG
-    finalColor = applyFog(finalColor, pos_V);
-#endif
-
-    finalColor = encodeGamma(toneMapACES(finalColor));
-    outColor = vec4(finalColor, alpha);
+    outColor = vec4(finishColor(Lo * LightColor + ambient * AmbientColor, ambient), alpha);
 }

@@ -65,6 +65,7 @@ vec3 applyAtmosphere(vec3 color, vec3 ambient)
 #endif
 
 #ifdef _USE_FOG
+in vec3 pos_V;
 uniform vec3 FogColor;
 uniform float FogDensity;
 
@@ -73,3 +74,17 @@ vec3 applyFog(vec3 color, vec3 posV)
     return mix(FogColor, color, exp(-length(posV) * FogDensity));
 }
 #endif
+
+// The end of every lit colour: atmosphere, fog, then tone mapping and gamma,
+// so that what is written is display-ready. ambient is the ambient term
+// alone, which is all that remains at night.
+vec3 finishColor(vec3 color, vec3 ambient)
+{
+#ifdef _USE_ATMOSPHERE
+    color = applyAtmosphere(color, ambient);
+#endif
+#ifdef _USE_FOG
+    color = applyFog(color, pos_V);
+#endif
+    return encodeGamma(toneMapACES(color));
+}

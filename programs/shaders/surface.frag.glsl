@@ -15,9 +15,6 @@ in vec3 pos_W;
 #ifdef KV_HAS_UV
 in vec2 uv;
 #endif
-#ifdef _USE_FOG
-in vec3 pos_V;
-#endif
 #ifdef _USE_ANIMATION_CLIPTEST
 in float vAnimationClipTest;
 #endif
@@ -334,16 +331,7 @@ void main()
     shadow = CalcShadowFactor(gl_FragCoord.z);
 #endif
 
-    vec3 finalColor = Lo * shadow * LightColor + ambient * AmbientColor;
-
-#ifdef _USE_ATMOSPHERE
-    finalColor = applyAtmosphere(finalColor, ambient);
-#endif
-#ifdef _USE_FOG
-    finalColor = applyFog(finalColor, pos_V);
-#endif
-
-    finalColor = encodeGamma(toneMapACES(finalColor));
+    vec3 finalColor = finishColor(Lo * shadow * LightColor + ambient * AmbientColor, ambient);
 
 #ifdef _USE_HIGHLIGHT_STYLE
     if (isHighlightGap())
@@ -351,15 +339,5 @@ void main()
 #endif
 
     outColor = vec4(finalColor, alpha);
-
-#ifdef _USE_TAA
-    velocityOut = screenVelocity();
-#endif
-#ifdef _USE_VOLUMETRICLIGHT
-    // Surfaces occlude the volumetric light.
-    volumetricLightOut = vec4(0.0, 0.0, 0.0, 1.0);
-#endif
-#ifdef _USE_SILHOUETTE
-    normalOut = vec4((normalize(normal) + 1.0) * 0.5, 1.0);
-#endif
+    writeFrameOutputs(vec4((normalize(normal) + 1.0) * 0.5, 1.0));
 }

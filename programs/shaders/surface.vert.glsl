@@ -1,6 +1,7 @@
 // Vertex stage of model surfaces (kinds 1 and 3): world-space position and
 // normal for lighting, and what each switched-on effect needs downstream.
-// The shared placement and clipping come from world_position.
+// The shared placement and clipping come from world_position, the motion
+// output from frame_motion.
 
 #define NUM_CASCADES 3
 
@@ -30,11 +31,6 @@ out vec4 pos_LightSpace[NUM_CASCADES];
 
 #ifdef _USE_ANIMATION_CLIPTEST
 out float vAnimationClipTest;
-#endif
-
-#ifdef _USE_TAA
-out vec4 projPosition;
-out vec4 lastProjPosition;
 #endif
 
 void main()
@@ -76,13 +72,9 @@ void main()
 
     gl_Position = kv_ViewProjectionMatrix * worldPos;
 
-#ifdef _USE_TAA
-    projPosition = gl_Position;
 #ifdef KV_INSTANCED
-    lastProjPosition = kv_lastViewProjectionMatrix * kv_lastModelMatrix * kv_InstanceMatrix
-                     * vec4(osg_Vertex, 1.0);
+    kvWriteMotion(kv_InstanceMatrix * vec4(osg_Vertex, 1.0));
 #else
-    lastProjPosition = kv_lastViewProjectionMatrix * kv_lastModelMatrix * vec4(osg_Vertex, 1.0);
-#endif
+    kvWriteMotion(vec4(osg_Vertex, 1.0));
 #endif
 }

@@ -144,18 +144,8 @@ vec4 textColor(vec2 tc)
 
 #endif
 
-void writeExtraOutputs()
-{
-#ifdef _USE_TAA
-    velocityOut = screenVelocity();
-#endif
-#ifdef _USE_VOLUMETRICLIGHT
-    volumetricLightOut = vec4(0.0, 0.0, 0.0, 1.0);
-#endif
-#ifdef _USE_SILHOUETTE
-    normalOut = vec4(0.0, 0.0, 0.0, 1.0);
-#endif
-}
+// Labels draw no edges of their own.
+const vec4 kTextEdgeNormal = vec4(0.0, 0.0, 0.0, 1.0);
 
 void main()
 {
@@ -171,7 +161,7 @@ void main()
     if (texCoord.x < 0.0 && texCoord.y < 0.0)
     {
         osg_FragColor = vertexColor;
-        writeExtraOutputs();
+        writeFrameOutputs(kTextEdgeNormal);
         return;
     }
 
@@ -195,5 +185,5 @@ void main()
         discard;
 
     osg_FragColor = color;
-    writeExtraOutputs();
+    writeFrameOutputs(kTextEdgeNormal);
 }

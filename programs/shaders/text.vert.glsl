@@ -17,11 +17,6 @@ uniform vec4 ClipPlaneArr[NUM_CLIP];
 out float clipDistance[NUM_CLIP];
 #endif
 
-#ifdef _USE_TAA
-out vec4 projPosition;
-out vec4 lastProjPosition;
-#endif
-
 void main()
 {
     vec4 position = vec4(osg_Vertex, 1.0);
@@ -35,8 +30,5 @@ void main()
         clipDistance[i] = i < ClipPlaneCount_I ? dot(worldPos, ClipPlaneArr[i]) : 0.0;
 #endif
 
-#ifdef _USE_TAA
-    projPosition = gl_Position;
-    lastProjPosition = kv_lastViewProjectionMatrix * kv_lastModelMatrix * position;
-#endif
+    kvWriteMotion(position);
 }

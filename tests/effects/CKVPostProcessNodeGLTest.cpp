@@ -165,10 +165,14 @@ TEST_F(CKVPostProcessNodeGLTest, WithNothingOnTheSceneGoesStraightToTheWindow)
     EXPECT_FALSE(written(mRoot->getDepthTexture()));
 }
 
-TEST_F(CKVPostProcessNodeGLTest, IdentityGradingRendersThroughTheTargetsUnchanged)
+TEST_F(CKVPostProcessNodeGLTest, GradingWaitsForATableThenAnIdentityTableChangesNothing)
 {
     osg::ref_ptr<osg::Image> plain = render(mScene.get());
     mRoot->setColorGradingEnabled(true);
+    // Before a table is given the frame goes out ungraded, not black.
+    osg::ref_ptr<osg::Image> noTable = render(mRoot.get());
+    ASSERT_TRUE(noTable.valid());
+    EXPECT_TRUE(same(*noTable, *plain, 0));
     ASSERT_TRUE(mRoot->setColorGrading(resource("/colorgrading/identity.png")));
     osg::ref_ptr<osg::Image> graded = render(mRoot.get());
     ASSERT_TRUE(plain.valid() && graded.valid());

@@ -1,3 +1,4 @@
+#include "FBXTestFiles.h"
 #include "FBXTestSupport.h"
 
 #include "binding/CKVRCDispatchAnimationResOperator.h"
@@ -7,8 +8,9 @@
 #include "TarnwickRender/CKVRCAnimationResOperator.h"
 #include "TarnwickRender/CKVRenderCallback.h"
 
-#include <gtest/gtest.h>
+#include <osgAnimation/Channel>
 
+#include <gtest/gtest.h>
 
 namespace Kelvor {
 namespace {
@@ -56,45 +58,74 @@ TEST(CKVFBXAnimationImpTest, AnimationListNeedsACharacterAndUniqueNames)
     EXPECT_STREQ(resource.getAnimationName(2), "");
 }
 
-// Playing reads the named file onto the character's skeleton; the same
-// name again keeps the clip (no reading), a stopped one restarts, another
-// name replaces it, and unknown names or unreadable files leave nothing.
-TEST(CKVFBXAnimationImpTest, PlaysOneClipAtATime)
+// The first key of the clip's "Mover" translation: which clip it is.
+float firstMoverX(osgAnimation::Animation const* clip)
 {
+    for (osg::ref_ptr<osgAnimation::Channel> const& channel : clip->getChannels()) {
+        auto const* translate = dynamic_cast<osgAnimation::Vec3LinearChannel const*>(channel.get());
+        if (translate && channel->getTargetName() == "Mover")
+            return (*const_cast<osgAnimation::Vec3LinearChannel*>(translate)->getOrCreateSampler()->getKeyframeContainerTyped())[0]
+                .getValue()
+                .x();
+    }
+    return -1.0f;
+}
+
+// Playing reads the named clip of its file onto the character's skeleton;
+// the same name again keeps the clip (no reading), a stopped one restarts,
+// another name replaces it, and one clip is registered whatever the order.
+// Names not in the list are ignored; an unreadable file leaves nothing.
+TEST(CKVFBXAnimationImpTest, PlaysTheNamedClipOneAtATime)
+{
+    std::string const dir = fbxtest::scratchDirectory();
+    ASSERT_TRUE(fbxtest::writeFile(dir, "character.fbx", {"walk", "run", "jump"}));
+    std::string const file = dir + "/character.fbx";
+
     CKVFBXAnimationImp resource;
     resource.playAnimation("walk");  // no character: nothing to do
     EXPECT_EQ(resource.getCurrentAnimation(), nullptr);
 
-    ASSERT_TRUE(resource.load(kSkeletonRig.c_str()));
-    ASSERT_TRUE(resource.addAnimation("walk", kSkeletonRig.c_str()));
+    ASSERT_TRUE(resource.load(file.c_str()));
+    for (char const* name : {"walk", "run", "jump"})
+        ASSERT_TRUE(resource.addAnimation(name, file.c_str()));
     ASSERT_TRUE(resource.addAnimation("broken", "/nonexistent/clip.fbx"));
     CKVOSGAnimationManager* manager = resource.getManager();
-    std::size_t const registeredAtLoad = manager->getAnimationList().size();
-
-    resource.playAnimation("unknown");
-    EXPECT_EQ(resource.getCurrentAnimation(), nullptr);
 
     resource.playAnimation("walk");
     osg::ref_ptr<osgAnimation::Animation> walk = resource.getCurrentAnimation();
     ASSERT_TRUE(walk.valid());
     EXPECT_EQ(walk->getName(), "walk");
+    EXPECT_FLOAT_EQ(firstMoverX(walk.get()), fbxtest::clipStartX(0));
     EXPECT_TRUE(manager->isPlaying(walk.get()));
-    EXPECT_EQ(manager->getAnimationList().size(), registeredAtLoad + 1);
 
     resource.playAnimation("walk");
     EXPECT_EQ(resource.getCurrentAnimation(), walk.get()) << "no second reading";
-    EXPECT_EQ(manager->getAnimationList().size(), registeredAtLoad + 1);
-
     resource.stopAll();
     EXPECT_FALSE(manager->isPlaying(walk.get()));
     resource.playAnimation("walk");
     EXPECT_EQ(resource.getCurrentAnimation(), walk.get());
     EXPECT_TRUE(manager->isPlaying(walk.get()));
 
+    for (int round = 0; round < 3; ++round) {
+        for (std::size_t clip = 0; clip < 3; ++clip) {
+            char const* name = resource.getAnimationName(static_cast<unsigned int>(clip));
+            resource.playAnimation(name);
+            ASSERT_NE(resource.getCurrentAnimation(), nullptr) << name;
+            EXPECT_FLOAT_EQ(firstMoverX(resource.getCurrentAnimation()), fbxtest::clipStartX(clip)) << name;
+            EXPECT_EQ(manager->getAnimationList().size(), 1u) << name << " in round " << round;
+            resource.stopAll();
+        }
+    }
+
+    osgAnimation::Animation* jump = resource.getCurrentAnimation();
+    resource.playAnimation("jump");
+    resource.playAnimation("unknown");
+    EXPECT_EQ(resource.getCurrentAnimation(), jump) << "an unknown name changes nothing";
+    EXPECT_TRUE(manager->isPlaying(jump));
+
     resource.playAnimation("broken");
     EXPECT_EQ(resource.getCurrentAnimation(), nullptr);
-    EXPECT_FALSE(manager->isPlaying(walk.get()));
-    EXPECT_EQ(manager->getAnimationList().size(), registeredAtLoad) << "the former clip is removed";
+    EXPECT_TRUE(manager->getAnimationList().empty()) << "the former clip is removed";
 }
 
 class ForeignNode : public CKVSceneNode

@@ -1,3 +1,4 @@
+#include "FBXTestFiles.h"
 #include "FBXTestSupport.h"
 
 #include "fbx/CKVOSGAnimationManager.h"
@@ -7,6 +8,8 @@
 #include <assimp/anim.h>
 
 #include <osg/NodeVisitor>
+#include <osg/Texture2D>
+#include <osgAnimation/Channel>
 #include <osgAnimation/Bone>
 #include <osgAnimation/RigGeometry>
 #include <osgDB/Registry>
@@ -277,6 +280,113 @@ TEST(ReaderWriterFBXTest, LaterReadWithTheHandleDeliversOnlyTheClip)
     EXPECT_EQ(manager->getAnimationList().size(), 2u);
     ASSERT_NE(manager->getLastAnimation(), firstClip);
     EXPECT_EQ(manager->getLastAnimation()->getChannels().size(), firstClip->getChannels().size());
+}
+
+// Where a clip puts "Mover" along x at `seconds`.
+float moverXAt(osgAnimation::Animation const& clip, double seconds)
+{
+    for (osg::ref_ptr<osgAnimation::Channel> const& channel : clip.getChannels()) {
+        auto const* translate = dynamic_cast<osgAnimation::Vec3LinearChannel const*>(channel.get());
+        if (translate && channel->getTargetName() == "Mover") {
+            osg::Vec3f value;
+            const_cast<osgAnimation::Vec3LinearChannel*>(translate)->getSamplerTyped()->getValueAt(seconds, value);
+            return value.x();
+        }
+    }
+    return -1.0f;
+}
+
+// Of a file with several clips the reader registers the one asked for by
+// name; a clip whose take starts after its first keys keeps their times.
+TEST(ReaderWriterFBXTest, ClipsOfAFileAreChosenByNameAndKeepTheirTiming)
+{
+    std::string const dir = fbxtest::scratchDirectory();
+    ASSERT_TRUE(fbxtest::writeFile(dir, "clips.fbx", {"walk", "run", "jump"}));
+    ASSERT_TRUE(fbxtest::startClipAt(dir + "/clips.fbx", "jump", 2));
+    std::string const path = dir + "/clips.fbx";
+
+    osg::ref_ptr<CKVOSGAnimationManager> all = new CKVOSGAnimationManager;
+    ReaderWriterFBX reader;
+    reader.setAnimationManager(all.get());
+    osg::ref_ptr<CKVFBXSceneHandle> handle;
+    ASSERT_TRUE(reader.readNode(path, nullptr, &handle).validNode());
+    EXPECT_EQ(all->getAnimationList().size(), 3u) << "without a name, every clip";
+
+    struct Case {
+        char const* asked;
+        char const* played;
+        double at;
+        float x;
+        double duration;
+    };
+    // jump's take starts at its third key: 0.5 s in is halfway from 32 to
+    // 33, and it lasts from there to its last key.
+    Case const cases[] = {{"walk", "walk", 0.5, 10.5f, 4.0}, {"run", "run", 1.5, 21.5f, 4.0},
+                          {"jump", "jump", 0.5, 32.5f, 2.0}, {"swim", "walk", 0.0, 10.0f, 4.0}};
+    for (Case const& c : cases) {
+        osg::ref_ptr<CKVOSGAnimationManager> manager = new CKVOSGAnimationManager;
+        ReaderWriterFBX clipReader;
+        clipReader.setAnimationManager(manager.get());
+        clipReader.setClipName(c.asked);
+        ASSERT_TRUE(clipReader.readNode(path, nullptr, &handle).validNode()) << c.asked;
+        ASSERT_EQ(manager->getAnimationList().size(), 1u) << c.asked;
+        osgAnimation::Animation* clip = manager->getLastAnimation();
+        ASSERT_NE(clip, nullptr);
+        EXPECT_EQ(clip->getName(), c.played);
+        EXPECT_NEAR(moverXAt(*clip, c.at), c.x, 1e-3) << c.asked;
+        EXPECT_NEAR(clip->getDuration(), c.duration, 1e-6) << c.asked;
+    }
+}
+
+// The material state of the drawables under a bone.
+osg::StateSet const* meshStateOf(osgAnimation::Bone const& bone)
+{
+    for (unsigned int i = 0; i < bone.getNumChildren(); ++i) {
+        osg::Geode const* geode = bone.getChild(i)->asGeode();
+        if (geode && geode->getNumDrawables() > 0)
+            return geode->getDrawable(0)->getStateSet();
+    }
+    return nullptr;
+}
+
+osg::Vec4 texel(osg::StateSet const& state)
+{
+    auto const* texture = dynamic_cast<osg::Texture2D const*>(state.getTextureAttribute(0, osg::StateAttribute::TEXTURE));
+    if (!texture || !texture->getImage())
+        return osg::Vec4(-1, -1, -1, -1);
+    return texture->getImage()->getColor(0, 0);
+}
+
+TEST(ReaderWriterFBXTest, MeshesCarryTheFilesColoursAndTextures)
+{
+    std::string const dir = fbxtest::scratchDirectory();
+    ASSERT_TRUE(fbxtest::writeFile(dir, "materials.fbx", {"walk"}));
+    ReaderWriterFBX reader;
+    osgDB::ReaderWriter::ReadResult result = reader.readNode(dir + "/materials.fbx", nullptr);
+    ASSERT_TRUE(result.validNode());
+    Collect collect;
+    result.getNode()->accept(collect);
+
+    for (char const* name : {"Mover", "Textured", "Embedded"})
+        ASSERT_NE(collect.bones[name], nullptr) << name;
+    osg::StateSet const* plain = meshStateOf(*collect.bones["Mover"]);
+    ASSERT_NE(plain, nullptr);
+    osg::Vec4 colour;
+    ASSERT_NE(plain->getUniform("AlbedoColor_V4"), nullptr);
+    plain->getUniform("AlbedoColor_V4")->get(colour);
+    EXPECT_NEAR((colour - osg::Vec4(0.8f, 0.1f, 0.1f, 1.0f)).length(), 0.0, 1e-5);
+    EXPECT_EQ(plain->getTextureAttribute(0, osg::StateAttribute::TEXTURE), nullptr);
+
+    struct Case {
+        char const* node;
+        osg::Vec4 colour;
+    };
+    for (Case const& c : {Case{"Textured", osg::Vec4(0, 1, 0, 1)}, Case{"Embedded", osg::Vec4(0, 0, 1, 1)}}) {
+        osg::StateSet const* state = meshStateOf(*collect.bones[c.node]);
+        ASSERT_NE(state, nullptr) << c.node;
+        EXPECT_NEAR((texel(*state) - c.colour).length(), 0.0, 1e-3) << c.node;
+        EXPECT_NE(state->getDefinePair("_USE_TEXTURE"), nullptr) << c.node;
+    }
 }
 
 TEST(ReaderWriterFBXTest, RefusesMissingForeignAndBrokenFiles)

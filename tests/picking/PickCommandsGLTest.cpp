@@ -1,6 +1,8 @@
 // Picking end to end: boxes sent to a host-owned window as render commands,
 // then asked about only through the three pick commands.
 #include "binding/RenderContextFixture.h"
+#include "scene/CKVBufferGeometryImp.h"
+#include "scene/CKVOSGGeometry.h"
 
 #include "TarnwickGeometry/CKVLineSeg.h"
 #include "TarnwickRender/CKVBufferGeometry.h"
@@ -13,6 +15,7 @@
 #include "TarnwickRender/CKVSelectionResult.h"
 
 #include <set>
+#include <stdexcept>
 #include <vector>
 
 using namespace Kelvor;
@@ -100,4 +103,57 @@ TEST_F(PickCommandsGLTest, PickAreaAndSegmentCommandsAnswerWithTheHostDrawables)
     EXPECT_EQ(selected, (std::set<CKVDrawable const*>{a.get(), b.get()}));
     ASSERT_EQ(right->getResultCount(), 1u);
     EXPECT_EQ(right->getResult(0)->getDrawable(), a.get());
+}
+
+// The tick runs on the window's timer thread, where an exception would end
+// the host's process. A query over broken instance rows throws out of the
+// picker, and so does a faulty command: each fails, its writer is woken and
+// the commands after it are answered.
+TEST_F(PickCommandsGLTest, ACommandThatThrowsFailsAndTheDrainGoesOn)
+{
+    ASSERT_NE(start(), nullptr);
+
+    kv_shared_ptr<CKVSceneNode> node(CKVRenderCallback::createSceneNode());
+    node->setProgramParam(CKVProgramParam(CKVProgramParam::kFlatColor));
+    kv_shared_ptr<CKVBufferGeometry> geometry(CKVRenderCallback::createBufferGeometry());
+    ASSERT_TRUE(geometry.valid());
+    kv_shared_ptr<CKVDrawable> a = new CKVDrawable(11);
+    kv_shared_ptr<CKVLogicBufferGeometry> parts[] = {box(CKVPoint3D(0, 0, 0), nullptr),
+                                                     new CKVLogicBufferGeometry(a.get()),
+                                                     new CKVLogicBufferGeometry(new CKVDrawable(22))};
+    parts[1]->setInstanceMatrix(CKVMatrix3D());
+    parts[2]->setInstanceMatrix(CKVMatrix3D::translation(CKVVector3D(3, 0, 0)));
+    for (auto& part : parts)
+        ASSERT_TRUE(geometry->addLogicBuffer(part.get()));
+    ASSERT_TRUE(show(node.get(), geometry.get(), cameraOnZAxis(6.0)));
+
+    // The rows are broken and mended inside one drain, so no frame draws them.
+    osg::Vec4Array* lastRow = static_cast<osg::Vec4Array*>(
+        static_cast<CKVBufferGeometryImp*>(geometry.get())->getOSGGeometry()->getInstanceMatrixRow(3));
+    ASSERT_NE(lastRow, nullptr);
+    osg::ref_ptr<osg::Vec4Array> const kept = new osg::Vec4Array(*lastRow);
+    CKVPoint3D const centre(kWidth / 2, kHeight / 2, 0);
+    kv_shared_ptr<CKVRCPickSelectObject> broken = new CKVRCPickSelectObject(centre);
+    kv_shared_ptr<CKVRCPickSelectObject> mended = new CKVRCPickSelectObject(centre);
+    kv_shared_ptr<CKVRenderCommand> commands[] = {
+        new ProbeCommand([lastRow](CKVRenderContext*) { lastRow->resize(1); return true; }),
+        broken,
+        new ProbeCommand([](CKVRenderContext*) -> bool { throw std::runtime_error("faulty command"); }),
+        new ProbeCommand([lastRow, kept](CKVRenderContext*) {
+            lastRow->assign(kept->begin(), kept->end());
+            return true;
+        }),
+        mended,
+    };
+    CKVRenderCommandCache* cache = mContext->getRenderCommandCache();
+    for (auto& command : commands)
+        cache->write(command.get());
+    ASSERT_TRUE(cache->submitAndWait(mended.get(), 10000));
+
+    for (auto& command : commands)
+        EXPECT_TRUE(command->isSignalled());
+    EXPECT_EQ(broken->getSelection(), nullptr);
+    ASSERT_NE(mended->getSelection(), nullptr);
+    EXPECT_EQ(mended->getSelection()->getDrawable(), a.get());
+    EXPECT_TRUE(waitForFrames(mCounter->frames() + 2)) << "frames go on";
 }

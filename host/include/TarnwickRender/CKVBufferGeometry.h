@@ -27,7 +27,8 @@ public:
     // Recomputes the vertex box (one instance's shape) and the instance box
     // (every placement of it) from the buffers, and returns the instance box.
     CKVBndBox computeBoundingBox() const override;
-    // Adds the instance-matrix switch when the geometry is instanced.
+    // Adds the instance-matrix switch when the geometry holds instances,
+    // packed or not yet packed.
     void getProgramParam(CKVProgramParam& param) const override;
 
     // The attribute of that name, or null.

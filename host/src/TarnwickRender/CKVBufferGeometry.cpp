@@ -121,7 +121,17 @@ CKVBndBox CKVBufferGeometry::computeBoundingBox() const
 
 void CKVBufferGeometry::getProgramParam(CKVProgramParam& param) const
 {
-    if (mIndex && mIndex->getNumInstance() > 0 && mAttributes[CKVVertexBufferAttribute::kInstanceMatrixR1])
+    bool instanced = mIndex && mIndex->getNumInstance() > 0 && mAttributes[CKVVertexBufferAttribute::kInstanceMatrixR1];
+    if (!instanced) {
+        // Instances count from the moment they are added, not only once the
+        // render thread has packed them: a host may read or copy the
+        // parameter before it inserts the geometry, and a program made
+        // without the switch draws every instance at the origin.
+        std::lock_guard<std::mutex> lock(mLogicMutex);
+        instanced = std::any_of(mLogicBuffers.begin(), mLogicBuffers.end(),
+                                [](kv_shared_ptr<CKVLogicBufferGeometry> const& buffer) { return buffer->isInstance(); });
+    }
+    if (instanced)
         param.addParam(CKVProgramParam::kUseInstanceMatrix);
 }
 

@@ -239,6 +239,33 @@ TEST(BufferGeometryContent, InstancesPackIntoMatrixRows)
     EXPECT_TRUE(geometry->getInstanceBnundingBox().maxPt().isEqualTo(CKVPoint3D(21, 1, 1)));
 }
 
+// A host reads or copies the parameter before the geometry reaches the
+// render thread; the switch must be there already, or the shader places
+// every instance at the origin.
+TEST(BufferGeometryContent, InstanceSwitchHoldsFromTheFirstInstanceOn)
+{
+    auto switchOn = [](CKVBufferGeometry const& geometry) {
+        CKVProgramParam param;
+        geometry.getProgramParam(param);
+        return param.hasParam(CKVProgramParam::kUseInstanceMatrix);
+    };
+    kv_shared_ptr<TestGeometry> geometry(new TestGeometry);
+    giveUnitShape(*geometry);
+    kv_shared_ptr<CKVLogicBufferGeometry> part = trianglePart(0, false);
+    ASSERT_TRUE(geometry->addLogicBuffer(part.get()));
+    EXPECT_FALSE(switchOn(*geometry));
+
+    kv_shared_ptr<CKVLogicBufferGeometry> instance = instanceAt(5);
+    ASSERT_TRUE(geometry->addLogicBuffer(instance.get()));
+    EXPECT_TRUE(switchOn(*geometry));
+    ASSERT_TRUE(geometry->updatePhysicalBuffer());
+    EXPECT_TRUE(switchOn(*geometry));
+
+    ASSERT_TRUE(geometry->removeLogicBuffer(instance.get()));
+    ASSERT_TRUE(geometry->updatePhysicalBuffer());
+    EXPECT_FALSE(switchOn(*geometry));
+}
+
 TEST(BufferGeometryContent, APartWithInstancesDrawsEveryInstance)
 {
     // The shape arrives as a part, so the vertex index is only made by the
