@@ -1,6 +1,6 @@
 #include "apps/view/ViewModelLoader.h"
 
-#include "apps/view/IfcImporter.h"
+#include "apps/ifc/IfcImporter.h"
 #include "apps/view/ViewContentBounds.h"
 #include "apps/view/ViewModelSceneBuilder.h"
 #include "apps/view/ViewOsgFileImporter.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/view/IfcProgressCallback.h"
+#include "apps/ifc/IfcProgressCallback.h"
 #include "apps/view/ViewContent.h"
 
 #include <string>

@@ -1,4 +1,4 @@
-#include "apps/view/IfcProductTable.h"
+#include "apps/ifc/IfcProductTable.h"
 #include "apps/view/ViewContentBounds.h"
 #include "apps/view/ViewModelLoader.h"
 #include "apps/view/ViewModelSceneBuilder.h"

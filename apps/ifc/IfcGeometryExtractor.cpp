@@ -1,7 +1,7 @@
-#include "apps/view/IfcGeometryExtractor.h"
+#include "apps/ifc/IfcGeometryExtractor.h"
 
-#include "apps/view/IfcMessageSink.h"
-#include "apps/view/IfcUtf8.h"
+#include "apps/ifc/IfcMessageSink.h"
+#include "apps/ifc/IfcUtf8.h"
 
 #include <ifcpp/IFC4/include/IfcGloballyUniqueId.h>
 #include <ifcpp/IFC4/include/IfcLabel.h>

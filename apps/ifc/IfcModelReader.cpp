@@ -1,7 +1,7 @@
-#include "apps/view/IfcModelReader.h"
+#include "apps/ifc/IfcModelReader.h"
 
-#include "apps/view/IfcMessageSink.h"
-#include "apps/view/IfcUtf8.h"
+#include "apps/ifc/IfcMessageSink.h"
+#include "apps/ifc/IfcUtf8.h"
 
 #include <ifcpp/model/BuildingModel.h>
 #include <ifcpp/model/StatusCallback.h>

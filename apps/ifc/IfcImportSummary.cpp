@@ -1,4 +1,4 @@
-#include "apps/view/IfcImportSummary.h"
+#include "apps/ifc/IfcImportSummary.h"
 
 #include <cstdio>
 

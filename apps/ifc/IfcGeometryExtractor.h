@@ -1,8 +1,8 @@
 #pragma once
 
-#include "apps/view/IfcModel.h"
-#include "apps/view/IfcProductGeometry.h"
-#include "apps/view/IfcProgressCallback.h"
+#include "apps/ifc/IfcModel.h"
+#include "apps/ifc/IfcProductGeometry.h"
+#include "apps/ifc/IfcProgressCallback.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
-#include "apps/view/IfcMessageSink.h"
+#include "apps/ifc/IfcMessageSink.h"
 
-#include "apps/view/IfcUtf8.h"
+#include "apps/ifc/IfcUtf8.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "apps/view/IfcModel.h"
-#include "apps/view/IfcProgressCallback.h"
+#include "apps/ifc/IfcModel.h"
+#include "apps/ifc/IfcProgressCallback.h"
 
 #include <string>
 
