@@ -26,6 +26,10 @@ public:
     bool load(std::string const& path, ViewContent& content);
     std::string const& getError() const { return mError; }
 
+    // False with `error` set (one line, naming the file) when the model
+    // cannot even be opened: missing, unreadable or empty.
+    static bool checkReadable(std::string const& path, std::string& error);
+
     // The summary line of a loaded model.
     static std::string summary(ViewContent const& content);
 
