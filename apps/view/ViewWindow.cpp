@@ -4,6 +4,14 @@
 
 namespace Kelvor {
 
+namespace {
+
+// Multisampling of the live window, as captures have it; 4 is what Mesa's
+// software renderer offers, and a server without it gives a plain window.
+constexpr int kWindowSamples = 4;
+
+} // namespace
+
 ViewWindow::ViewWindow(Display* display)
     : mDisplay(display)
 {
@@ -22,6 +30,7 @@ bool ViewWindow::create(int width, int height, std::string const& title, std::st
     settings.eventMask =
         ExposureMask | KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask | PointerMotionMask;
     settings.title = title;
+    settings.samples = kWindowSamples;
     if (!mWindow.create(mDisplay, settings, error))
         return false;
     mDeleteMessage = XInternAtom(mDisplay, "WM_DELETE_WINDOW", False);
@@ -29,6 +38,7 @@ bool ViewWindow::create(int width, int height, std::string const& title, std::st
     mWidth = width;
     mHeight = height;
     mData = CKVWindowDataX11(mDisplay, mWindow.window(), width, height);
+    mData.setSamples(mWindow.samples());
     return true;
 }
 
