@@ -57,6 +57,10 @@ bool IfcImporter::import(std::string const& path, IfcScene& scene)
         mSummary.schema = model.getSchema();
         mSummary.entities = static_cast<unsigned int>(model.getNumEntity());
         mSummary.warnings = reader.getNumWarning();
+        mSummary.damagedEntities = reader.getNumDamaged();
+        mSummary.skippedEntities = reader.getNumSkipped();
+        mSummary.declaredEntities = reader.getNumDeclared();
+        mSummary.firstProblem = reader.getFirstProblem();
         mSummary.parseSeconds = secondsSince(start);
 
         Clock::time_point const geometryStart = Clock::now();

@@ -105,6 +105,8 @@ int ViewApplication::run(std::vector<std::string> const& arguments)
     }
     std::printf("%s\n", ViewModelLoader::summary(content).c_str());
     std::fflush(stdout);
+    for (std::string const& notice : content.notices)
+        std::fprintf(stderr, "tarnwick-view: warning: %s\n", notice.c_str());
 
     int const status = runSession(options, content);
     // The host content goes after the context, whose destruction released

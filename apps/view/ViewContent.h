@@ -6,6 +6,7 @@
 #include "TarnwickRender/CKVSceneNode.h"
 
 #include <string>
+#include <vector>
 
 namespace Kelvor {
 
@@ -25,6 +26,8 @@ struct ViewContent
     double loadSeconds = 0.0;
     // "IFC2X3", "osgb", "built-in" ...
     std::string kind;
+    // What the user should know about a model that loaded only in part.
+    std::vector<std::string> notices;
 };
 
 } // namespace Kelvor

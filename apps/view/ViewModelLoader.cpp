@@ -121,6 +121,8 @@ bool ViewModelLoader::loadIfc(std::string const& path, ViewContent& content)
     content.elements = summary.products;
     content.triangles = summary.triangles;
     content.instances = summary.instances;
+    for (std::string const& notice : summary.notices())
+        content.notices.push_back(path + ": " + notice);
     content.box = ViewContentBounds::compute(*content.root);
     if (!content.box.valid())
         return fail(path + ": the model has no extent");
