@@ -107,3 +107,15 @@ TEST_F(ViewCaptureGLTest, ExplicitCameraAndBackgroundReachThePicture)
     EXPECT_NEAR(centre[2], 0, 4);
     EXPECT_LT(modelCoverage(*image), 0.001) << "nothing of the house is in view";
 }
+
+// The backend reads FBX files; the viewer offers them like any model.
+TEST_F(ViewCaptureGLTest, FbxFilesOpen)
+{
+    char const* const box = "/usr/share/assimp/models/FBX/box.fbx";
+    if (::access(box, R_OK) != 0)
+        GTEST_SKIP() << box << " (assimp-testmodels) is not installed";
+    osg::ref_ptr<osg::Image> image = capture({box}, "fbx.png");
+    ASSERT_TRUE(image.valid());
+    EXPECT_NE(mLastOutput.find("fbx: 1 products, 12 triangles"), std::string::npos) << mLastOutput;
+    EXPECT_GT(modelCoverage(*image), 0.05);
+}
