@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <osg/Geode>
+#include <osg/ShapeDrawable>
+#include <osgDB/WriteFile>
+
 #include <algorithm>
 #include <cstdio>
 #include <functional>
@@ -31,6 +35,19 @@ char const* const kTruncatedIfc =
     "#1=IFCPERSON($,'Nachname','Vorname',$,$,$,$,$);\n"
     "#2=IFCORGANIZATION($,'Org',$,$,$);\n"
     "#10=IFCPROJECT('0YvctVUKr0kugbFTf53O9L',#5,'Proj";
+
+// The first half of a real tile: a box written by OpenSceneGraph's own writer.
+std::string halfATile()
+{
+    osg::ref_ptr<osg::Geode> tile = new osg::Geode;
+    tile->addDrawable(new osg::ShapeDrawable(new osg::Box(osg::Vec3(), 1.0f)));
+    std::string const whole = tempPath("whole.osgb");
+    if (!osgDB::writeNodeFile(*tile, whole))
+        return std::string();
+    std::string const bytes = apptest::readWhole(whole);
+    std::remove(whole.c_str());
+    return bytes.substr(0, bytes.size() / 2);
+}
 
 // The same noise for every run, so that a failure can be repeated.
 std::string randomBytes(unsigned int seed)
@@ -85,6 +102,7 @@ std::vector<BadInput> badInputs()
          ".unknownformat"},
         // Files cut short.
         {"TruncatedIfc", {"{file}", "--capture", "never.png"}, "cut.ifc", [] { return std::string(kTruncatedIfc); }},
+        {"TruncatedTile", {"{file}", "--capture", "never.png"}, "cut.osgb", halfATile},
         {"TruncatedTileList", {"{file}", "--capture", "never.png"}, "cut.lfp",
          [] { return std::string("<?xml version=\"1.0\"?>\n<DataDefine><NodeList><Node>Tile_1/Ti"); }},
         {"TruncatedCollada", {"{file}", "--capture", "never.png"}, "cut.dae",
