@@ -1,14 +1,14 @@
 #pragma once
 
+#include "apps/x11window/X11HostWindow.h"
 #include "TarnwickRender/CKVWindowDataX11.h"
 
 #include <X11/Xlib.h>
 
 namespace Kelvor {
 
-// The host application's window: its own X connection, a double-buffered
-// GLX visual with depth and stencil, mapped on screen. The render context
-// draws into it through CKVWindowDataX11.
+// The host application's window on its own X connection. The render
+// context draws into it through CKVWindowDataX11.
 class CKVBenchWindow
 {
 public:
@@ -17,13 +17,12 @@ public:
     CKVBenchWindow(CKVBenchWindow const&) = delete;
     CKVBenchWindow& operator=(CKVBenchWindow const&) = delete;
 
-    bool valid() const { return mWindow != 0; }
+    bool valid() const { return mWindow.valid(); }
     CKVWindowDataX11& windowData() { return mData; }
 
 private:
     Display* mDisplay = nullptr;
-    Window mWindow = 0;
-    Colormap mColormap = 0;
+    X11HostWindow mWindow;
     CKVWindowDataX11 mData;
 };
 

@@ -2,6 +2,7 @@
 
 #include "binding/CKVRCDispatchChecks.h"
 #include "binding/CKVRenderContextImp.h"
+#include "effects/CKVPostProcessNode.h"
 #include "viewer/CKVOSGCamera.h"
 
 #include "TarnwickGeometry/CKVBndBox.h"
@@ -16,7 +17,12 @@
 #include "TarnwickRender/CKVSceneNode.h"
 
 #include <osg/GL>
+#include <osg/GraphicsContext>
+#include <osg/State>
+#include <osg/Texture2D>
 #include <osg/Viewport>
+
+#include <vector>
 
 namespace Kelvor {
 
@@ -28,6 +34,26 @@ constexpr double kZoomOut = 1.25;
 // The graphics model field whose node box also bounds the zoom focus.
 constexpr unsigned int kZoomBoundField = 7;
 
+// The texel (x, y) of a depth texture, read whole: a single texel cannot be
+// asked for without a framebuffer of its own. 1.0 when the texture has no GL
+// object in this context yet or the texel lies outside it.
+double readDepthTexel(osg::Texture2D const& texture, unsigned int contextID, int x, int y)
+{
+    osg::Texture::TextureObject const* object = texture.getTextureObject(contextID);
+    int const width = texture.getTextureWidth();
+    int const height = texture.getTextureHeight();
+    if (!object || x >= width || y >= height)
+        return 1.0;
+    std::vector<GLfloat> depths(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 1.0f);
+    // OpenSceneGraph tracks the bindings it made; put back the one it expects.
+    GLint previous = 0;
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &previous);
+    glBindTexture(GL_TEXTURE_2D, object->id());
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());
+    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(previous));
+    return depths[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)];
+}
+
 } // namespace
 
 KV_IMPLEMENT_RUNTIME_CLASS_DYNAMIC(CKVRCDispatchZoomCamera, CKVRenderCommandDispatch)
@@ -36,7 +62,8 @@ CKVRCDispatchZoomCamera::CKVRCDispatchZoomCamera() = default;
 
 CKVRCDispatchZoomCamera::~CKVRCDispatchZoomCamera() = default;
 
-double CKVRCDispatchZoomCamera::readDepth(CKVOSGCamera const& camera, CKVPoint3D const& pixel)
+double CKVRCDispatchZoomCamera::readDepth(CKVOSGCamera const& camera, CKVPostProcessNode const* root,
+                                          CKVPoint3D const& pixel)
 {
     osg::Viewport const* viewport = camera.getViewport();
     if (!viewport)
@@ -45,10 +72,12 @@ double CKVRCDispatchZoomCamera::readDepth(CKVOSGCamera const& camera, CKVPoint3D
     int const y = static_cast<int>(viewport->height() - pixel.y);
     if (x < 0 || y < 0 || x >= static_cast<int>(viewport->width()) || y >= static_cast<int>(viewport->height()))
         return 1.0;
-    // When the root renders the scene into its own targets the depth lives in
-    // its depth texture, read whole with glGetTexImage at y * width + x; the
-    // root has no targets of its own yet, so the window's depth buffer is the
-    // one that holds the last frame.
+    // With a full-screen effect on, the window's depth buffer stays empty:
+    // the scene was drawn into the root's targets.
+    osg::Texture2D const* target = root ? root->getSceneDepthTexture() : nullptr;
+    osg::GraphicsContext const* window = camera.getGraphicsContext();
+    if (target && window && window->getState())
+        return readDepthTexel(*target, window->getState()->getContextID(), x, y);
     GLfloat depth = 1.0f;
     glReadPixels(x, y, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
     return depth;
@@ -100,7 +129,7 @@ bool CKVRCDispatchZoomCamera::dispatch(CKVRenderContext* context, CKVRenderComma
     CKVPoint3D const& pixel = event.getNDCPos();
 
     CKVOSGCamera const* mainCamera = imp->getMainCamera();
-    double const depth = mainCamera ? readDepth(*mainCamera, pixel) : 1.0;
+    double const depth = mainCamera ? readDepth(*mainCamera, imp->getRoot(), pixel) : 1.0;
     CKVPoint3D focus;
     if (depth < 1.0) {
         focus = unproject(*mainCamera, pixel, depth);

@@ -9,6 +9,7 @@ class CKVEvent;
 class CKVGraphicsModel;
 class CKVOSGCamera;
 class CKVPoint3D;
+class CKVPostProcessNode;
 
 // Zooms the host's camera towards what lies under the cursor, keeping that
 // point fixed on screen. Within the configured distance limits a camera
@@ -23,9 +24,10 @@ public:
     bool dispatch(CKVRenderContext* context, CKVRenderCommand& command) override;
 
 private:
-    // The window depth under a pixel (y from the top), 1.0 when nothing
-    // was drawn there or the pixel lies outside the viewport.
-    static double readDepth(CKVOSGCamera const& camera, CKVPoint3D const& pixel);
+    // The depth under a pixel (y from the top), from the root's depth
+    // target when the scene was drawn into it, else from the window; 1.0
+    // when nothing was drawn there or the pixel lies outside the viewport.
+    static double readDepth(CKVOSGCamera const& camera, CKVPostProcessNode const* root, CKVPoint3D const& pixel);
     // The world point of a depth under a pixel, through the projection the
     // frame was culled with.
     static CKVPoint3D unproject(CKVOSGCamera const& camera, CKVPoint3D const& pixel, double depth);

@@ -116,6 +116,10 @@ public:
     osg::Texture2D* getSilhouetteTexture() const;
     osg::Texture2D* getVolumetricLightTexture() const;
     osg::Texture2D* getDepthTexture() const;
+    // Where the last frame's scene depth lies: the depth target while the
+    // scene is drawn into the targets, null while it goes straight to the
+    // window (whose depth buffer then holds it).
+    osg::Texture2D* getSceneDepthTexture() const { return mActive ? getDepthTexture() : nullptr; }
     CBGGeode* getQuad() const;
     osg::Program* getProgram() const;
     std::string const& getDefinesText() const;

@@ -25,6 +25,12 @@ namespace Kelvor {
 
 namespace {
 
+#ifdef TARNWICK_VERSION
+char const* const kVersion = TARNWICK_VERSION;
+#else
+char const* const kVersion = "(unversioned build)";
+#endif
+
 // The main loop polls X and the pick answers; 10 ms keeps input smooth next
 // to the 20 ms frame tick and costs nothing measurable.
 constexpr auto kPollInterval = std::chrono::milliseconds(10);
@@ -71,9 +77,20 @@ int ViewApplication::run(std::vector<std::string> const& arguments)
         std::fputs(ViewOptionParser::usage().c_str(), stdout);
         return kOk;
     }
+    if (options.version) {
+        std::printf("tarnwick-view %s\n", kVersion);
+        return kOk;
+    }
     std::string error;
     if (!options.capturePath.empty() && !ViewCaptureTarget::check(options.capturePath, error))
         return fail(error);
+    // A window needs a display: say so before a long load, but after a
+    // wrong file name, which is the more useful message.
+    if (options.capturePath.empty() && !ViewXServer::userDisplayAvailable()) {
+        if (!options.modelPath.empty() && !ViewModelLoader::checkReadable(options.modelPath, error))
+            return fail(error);
+        return fail("no X display to show a window on; add --capture FILE to render an image without one");
+    }
     ViewContent content;
     {
         ViewModelLoader loader;
@@ -88,9 +105,8 @@ int ViewApplication::run(std::vector<std::string> const& arguments)
     }
     std::printf("%s\n", ViewModelLoader::summary(content).c_str());
     std::fflush(stdout);
-    // Checked after the load, so that a wrong file name is reported first.
-    if (options.capturePath.empty() && !ViewXServer::userDisplayAvailable())
-        return fail("no X display to show a window on; add --capture FILE to render an image without one");
+    for (std::string const& notice : content.notices)
+        std::fprintf(stderr, "tarnwick-view: warning: %s\n", notice.c_str());
 
     int const status = runSession(options, content);
     // The host content goes after the context, whose destruction released

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "apps/view/IfcProductTable.h"
+#include "apps/ifc/IfcProductTable.h"
 #include "TarnwickCommon/kv_shared_ptr.h"
 #include "TarnwickGeometry/CKVBndBox.h"
 #include "TarnwickRender/CKVSceneNode.h"
 
 #include <string>
+#include <vector>
 
 namespace Kelvor {
 
@@ -25,6 +26,8 @@ struct ViewContent
     double loadSeconds = 0.0;
     // "IFC2X3", "osgb", "built-in" ...
     std::string kind;
+    // What the user should know about a model that loaded only in part.
+    std::vector<std::string> notices;
 };
 
 } // namespace Kelvor

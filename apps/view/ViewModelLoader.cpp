@@ -1,8 +1,9 @@
 #include "apps/view/ViewModelLoader.h"
 
-#include "apps/view/IfcImporter.h"
+#include "apps/ifc/IfcImporter.h"
 #include "apps/view/ViewContentBounds.h"
 #include "apps/view/ViewModelSceneBuilder.h"
+#include "apps/view/ViewNotifyCapture.h"
 #include "apps/view/ViewOsgFileImporter.h"
 #include "apps/view/ViewProceduralBuilding.h"
 #include "TarnwickStream/CKVModelIOManager.h"
@@ -34,8 +35,10 @@ std::string lowerExtension(std::string const& path)
     return extension;
 }
 
+} // namespace
+
 // Tile folders are directories; everything else has to be a file we may read.
-bool checkReadable(std::string const& path, std::string& error)
+bool ViewModelLoader::checkReadable(std::string const& path, std::string& error)
 {
     struct stat info;
     if (::stat(path.c_str(), &info) != 0) {
@@ -56,8 +59,6 @@ bool checkReadable(std::string const& path, std::string& error)
     }
     return true;
 }
-
-} // namespace
 
 bool ViewModelLoader::fail(std::string message)
 {
@@ -81,6 +82,7 @@ bool ViewModelLoader::load(std::string const& path, ViewContent& content)
     mError.clear();
     content = ViewContent();
     auto const start = std::chrono::steady_clock::now();
+    ViewNotifyCapture notices;
     bool loaded = false;
     if (path.empty()) {
         struct stat info;
@@ -96,6 +98,9 @@ bool ViewModelLoader::load(std::string const& path, ViewContent& content)
     }
     if (!loaded) {
         content = ViewContent();
+        std::string const reason = notices.lastProblem();
+        if (!reason.empty())
+            mError += " (" + reason + ")";
         return false;
     }
     content.loadSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -116,6 +121,8 @@ bool ViewModelLoader::loadIfc(std::string const& path, ViewContent& content)
     content.elements = summary.products;
     content.triangles = summary.triangles;
     content.instances = summary.instances;
+    for (std::string const& notice : summary.notices())
+        content.notices.push_back(path + ": " + notice);
     content.box = ViewContentBounds::compute(*content.root);
     if (!content.box.valid())
         return fail(path + ": the model has no extent");

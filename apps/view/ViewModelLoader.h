@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/view/IfcProgressCallback.h"
+#include "apps/ifc/IfcProgressCallback.h"
 #include "apps/view/ViewContent.h"
 
 #include <string>
@@ -25,6 +25,10 @@ public:
     // False with getError() set: one line, naming the file.
     bool load(std::string const& path, ViewContent& content);
     std::string const& getError() const { return mError; }
+
+    // False with `error` set (one line, naming the file) when the model
+    // cannot even be opened: missing, unreadable or empty.
+    static bool checkReadable(std::string const& path, std::string& error);
 
     // The summary line of a loaded model.
     static std::string summary(ViewContent const& content);

@@ -12,6 +12,20 @@
 
 namespace Kelvor {
 
+namespace {
+
+// A level drawn only within a range: the levels of a tile set each hold the
+// range in which their parent shows them. Without its range on the node, a
+// parent that chooses among its children would draw every level at once.
+bool hasRange(CKVRenderLOD const& level)
+{
+    CKVRenderLOD const everywhere;
+    return level.getMinDistance() != everywhere.getMinDistance() ||
+           level.getMaxDistance() != everywhere.getMaxDistance();
+}
+
+} // namespace
+
 kv_shared_ptr<CKVSceneNode> ViewModelSceneBuilder::buildLevel(CKVRenderLOD const& level, unsigned int depth,
                                                               ViewContent& content)
 {
@@ -19,7 +33,7 @@ kv_shared_ptr<CKVSceneNode> ViewModelSceneBuilder::buildLevel(CKVRenderLOD const
     if (!node)
         return node;
     node->setName(("level " + std::to_string(depth)).c_str());
-    if (level.getLoadMode() != CKVRenderLOD::kNone || level.getCullingChild()) {
+    if (level.getLoadMode() != CKVRenderLOD::kNone || level.getCullingChild() || hasRange(level)) {
         kv_shared_ptr<CKVCullingState> culling(new CKVCullingState);
         culling->setCullingMode(level.getLoadMode());
         culling->setCullingChild(level.getCullingChild());

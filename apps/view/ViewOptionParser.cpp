@@ -1,5 +1,7 @@
 #include "apps/view/ViewOptionParser.h"
 
+#include "apps/view/ViewFeatures.h"
+
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
@@ -139,6 +141,8 @@ bool ViewOptionParser::parse(std::vector<std::string> const& arguments, ViewOpti
         std::string text;
         if (argument == "-h" || argument == "--help") {
             options.help = true;
+        } else if (argument == "--version") {
+            options.version = true;
         } else if (argument == "--capture") {
             if (!value(text))
                 return false;
@@ -180,12 +184,17 @@ bool ViewOptionParser::parse(std::vector<std::string> const& arguments, ViewOpti
             options.style = styleNumber(text);
             if (options.style < 0)
                 return fail("unknown --style '" + text + "': one of shaded, edges, white, lines");
+            // Every style but plain shading draws edges.
+            if (options.style != 0 && !ViewFeatures::isAvailable(ViewFeature::kEdges))
+                return fail("--style " + text + ": " + ViewFeatures::notAvailable(ViewFeature::kEdges));
         } else if (argument == "--background") {
             if (!value(text))
                 return false;
             if (text == "gradient") {
                 options.background = ViewOptions::Background::kGradient;
             } else if (text == "sky") {
+                if (!ViewFeatures::isAvailable(ViewFeature::kAtmosphere))
+                    return fail("--background sky: " + ViewFeatures::notAvailable(ViewFeature::kAtmosphere));
                 options.background = ViewOptions::Background::kSky;
             } else if (parseColour(text, options.backgroundColour.data())) {
                 options.background = ViewOptions::Background::kColour;
@@ -211,13 +220,22 @@ bool ViewOptionParser::parse(std::vector<std::string> const& arguments, ViewOpti
 
 std::string ViewOptionParser::usage()
 {
+    std::string missing;
+    for (ViewFeature const feature :
+         {ViewFeature::kEdges, ViewFeature::kAtmosphere, ViewFeature::kShadows, ViewFeature::kAmbientOcclusion}) {
+        if (!ViewFeatures::isAvailable(feature))
+            missing += std::string(missing.empty() ? "" : ", ") + ViewFeatures::name(feature);
+    }
+    if (!missing.empty())
+        missing = "Not available yet: " + missing + "; the options and keys that need them say so.\n";
     return "usage: tarnwick-view [MODEL] [--capture out.png] [--size WxH]\n"
            "                     [--view iso|front|back|left|right|top | --camera ex,ey,ez,tx,ty,tz]\n"
            "                     [--style shaded|edges|white|lines] [--background #RRGGBB|r,g,b|gradient|sky]\n"
-           "                     [--fog] [--builtin]\n"
-           "MODEL: an IFC file, a tile set (.osgb, .s3c, .lfp) or any model OpenSceneGraph reads.\n"
+           "                     [--fog] [--builtin] [--version]\n"
+           "MODEL: an IFC file, a tile set (.osgb, .s3c, .lfp), an FBX file or any model OpenSceneGraph reads.\n"
            "Without MODEL the FZK-Haus sample is shown when installed, else (and with --builtin)\n"
-           "a small built-in building. Without an X display, --capture renders on a private Xvfb.\n";
+           "a small built-in building. Without an X display, --capture renders on a private Xvfb.\n" +
+           missing;
 }
 
 } // namespace Kelvor

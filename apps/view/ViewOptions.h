@@ -32,6 +32,7 @@ struct ViewOptions
     std::array<double, 3> backgroundColour{};
     bool fog = false;
     bool help = false;
+    bool version = false;
 };
 
 } // namespace Kelvor

@@ -7,11 +7,16 @@
 #include <osg/Geometry>
 #include <osg/Material>
 #include <osg/NodeVisitor>
+#include <osg/Texture>
 #include <osg/TriangleIndexFunctor>
+#include <osgDB/FileNameUtils>
+#include <osgDB/FileUtils>
 #include <osgDB/ReadFile>
 
+#include <cmath>
 #include <map>
 #include <tuple>
+#include <utility>
 
 namespace Kelvor {
 
@@ -26,7 +31,22 @@ struct TriangleCollector
     }
 };
 
+// Beyond a million kilometres, or no number at all: no real model has such
+// coordinates, but a reader that takes noise for a model gives them.
+constexpr double kMaxCoordinate = 1.0e9;
+
+bool plausible(osg::Vec3d const& p)
+{
+    for (int i = 0; i < 3; ++i) {
+        if (!std::isfinite(p[i]) || std::fabs(p[i]) > kMaxCoordinate)
+            return false;
+    }
+    return true;
+}
+
 using Colour = std::tuple<unsigned char, unsigned char, unsigned char, unsigned char>;
+// Meshes share a material when colour and texture file agree.
+using Look = std::pair<Colour, std::string>;
 
 unsigned char toByte(float value)
 {
@@ -63,10 +83,39 @@ bool materialColour(osg::Geometry const& geometry, osg::NodePath const& path, Co
     return false;
 }
 
+// The image file of the nearest texture on unit 0, as a path the backend can
+// open: model formats name their images relative to the model's folder. Empty
+// when there is none or the file cannot be found.
+std::string textureFile(osg::Geometry const& geometry, osg::NodePath const& path, std::string const& folder)
+{
+    auto fromStateSet = [](osg::StateSet const* stateSet) -> osg::Image const* {
+        if (!stateSet)
+            return nullptr;
+        auto const* texture =
+            dynamic_cast<osg::Texture const*>(stateSet->getTextureAttribute(0, osg::StateAttribute::TEXTURE));
+        return texture && texture->getNumImages() > 0 ? texture->getImage(0) : nullptr;
+    };
+    osg::Image const* image = fromStateSet(geometry.getStateSet());
+    for (auto it = path.rbegin(); !image && it != path.rend(); ++it)
+        image = fromStateSet((*it)->getStateSet());
+    if (!image || image->getFileName().empty())
+        return std::string();
+    std::string const& name = image->getFileName();
+    for (std::string const& candidate : {name, osgDB::concatPaths(folder, name)}) {
+        if (osgDB::fileType(candidate) == osgDB::REGULAR_FILE)
+            return osgDB::getRealPath(candidate);
+    }
+    return osgDB::findDataFile(name);
+}
+
 class MeshCollector : public osg::NodeVisitor
 {
 public:
-    MeshCollector() : osg::NodeVisitor(TRAVERSE_ALL_CHILDREN) {}
+    explicit MeshCollector(std::string folder)
+        : osg::NodeVisitor(TRAVERSE_ALL_CHILDREN)
+        , mFolder(std::move(folder))
+    {
+    }
 
     void apply(osg::Drawable& drawable) override
     {
@@ -75,7 +124,7 @@ public:
             collect(*geometry);
     }
 
-    std::map<Colour, std::vector<kv_shared_ptr<CKVMesh>>> meshes;
+    std::map<Look, std::vector<kv_shared_ptr<CKVMesh>>> meshes;
 
 private:
     void collect(osg::Geometry& geometry)
@@ -95,6 +144,8 @@ private:
         points.reserve(vertices->size());
         for (osg::Vec3 const& v : *vertices) {
             osg::Vec3d const p = osg::Vec3d(v) * world;
+            if (!plausible(p))
+                return;
             points.push_back(CKVVec3<float>{float(p.x()), float(p.y()), float(p.z())});
         }
         kv_shared_ptr<CKVMesh> mesh(new CKVMesh);
@@ -125,8 +176,22 @@ private:
             if (colours && !colours->empty())
                 colour = toColour(colours->front());
         }
-        meshes[colour].push_back(mesh);
+        std::string texture;
+        auto const* uv = dynamic_cast<osg::Vec2Array const*>(geometry.getTexCoordArray(0));
+        if (uv && uv->size() == vertices->size()) {
+            texture = textureFile(geometry, path, mFolder);
+            if (!texture.empty()) {
+                std::vector<CKVVec2<float>> coordinates;
+                coordinates.reserve(uv->size());
+                for (osg::Vec2 const& c : *uv)
+                    coordinates.push_back(CKVVec2<float>{c.x(), c.y()});
+                mesh->setUV(coordinates.data(), static_cast<unsigned int>(coordinates.size()));
+            }
+        }
+        meshes[Look(colour, texture)].push_back(mesh);
     }
+
+    std::string mFolder;
 };
 
 } // namespace
@@ -136,9 +201,10 @@ ViewOsgFileImporter::~ViewOsgFileImporter() = default;
 
 std::vector<std::string> ViewOsgFileImporter::extensions()
 {
-    // The formats whose reader-writers Debian's OpenSceneGraph ships;
-    // "osgb" is left to the tile-set importer.
-    return {"osg", "osgt", "osgx", "ive", "obj", "3ds", "dae", "x", "stl", "ply", "lwo", "ac", "flt"};
+    // The formats whose reader-writers Debian's OpenSceneGraph ships, and
+    // FBX, whose reader-writer the backend registers; "osgb" is left to the
+    // tile-set importer.
+    return {"osg", "osgt", "osgx", "ive", "obj", "3ds", "dae", "x", "stl", "ply", "lwo", "ac", "flt", "fbx"};
 }
 
 bool ViewOsgFileImporter::readModel(char const* path, kv_shared_ptr<CKVModelBase>& model)
@@ -149,15 +215,18 @@ bool ViewOsgFileImporter::readModel(char const* path, kv_shared_ptr<CKVModelBase
     osg::ref_ptr<osg::Node> node = osgDB::readRefNodeFile(path);
     if (!node)
         return false;
-    MeshCollector collector;
+    MeshCollector collector(osgDB::getFilePath(path));
     node->accept(collector);
     if (collector.meshes.empty())
         return false;
 
     kv_shared_ptr<CKVRenderLOD> level(new CKVRenderLOD);
-    for (auto const& [colour, meshes] : collector.meshes) {
+    for (auto const& [look, meshes] : collector.meshes) {
+        Colour const& colour = look.first;
         kv_shared_ptr<CKVBasicMaterial> material(new CKVBasicMaterial);
         material->setRGBA(std::get<0>(colour), std::get<1>(colour), std::get<2>(colour), std::get<3>(colour));
+        if (!look.second.empty())
+            material->setTexture(look.second.c_str());
         material->setSortTransparency(std::get<3>(colour) < 255);
         for (kv_shared_ptr<CKVMesh> const& mesh : meshes)
             level->addGeometry(material.get(), mesh.get());

@@ -1,6 +1,6 @@
 #include "apps/view/ViewPickReporter.h"
 
-#include "apps/view/IfcProductTable.h"
+#include "apps/ifc/IfcProductTable.h"
 #include "TarnwickRender/CKVSceneNode.h"
 #include "TarnwickRender/CKVSelectionResult.h"
 

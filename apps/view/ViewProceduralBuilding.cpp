@@ -80,9 +80,11 @@ kv_shared_ptr<CKVModelBase> ViewProceduralBuilding::build()
     };
 
     double const top = 2.0 * kStorey;
-    // Ground slab, first floor slab, roof slab with an overhang.
+    // Ground slab, first floor slab, roof slab with an overhang. The first
+    // floor rests between the walls: flush with their outer faces it would
+    // fight them for depth along a band round the house.
     add(concrete, box(-0.5, -0.5, -kSlab, kLength + 0.5, kDepth + 0.5, 0.0));
-    add(concrete, box(0.0, 0.0, kStorey - kSlab, kLength, kDepth, kStorey));
+    add(concrete, box(kWall, kWall, kStorey - kSlab, kLength - kWall, kDepth - kWall, kStorey));
     add(roof, box(-0.6, -0.6, top, kLength + 0.6, kDepth + 0.6, top + 0.4));
     // Walls: front (y = 0) and back, then the two gables between them.
     add(plaster, box(0.0, 0.0, 0.0, kLength, kWall, top));

@@ -1,5 +1,7 @@
 #include "apps/view/ViewRenderSettings.h"
 
+#include "apps/view/ViewFeatures.h"
+
 namespace Kelvor {
 
 namespace {
@@ -12,14 +14,28 @@ CKVPoint3D const kGradientTop(0.42, 0.6, 0.85);
 CKVPoint3D const kGradientBottom(0.9, 0.92, 0.95);
 
 constexpr int kBackgroundCount = 4;
+constexpr int kStyleCount = 4;
 char const* const kBackgroundNames[kBackgroundCount] = {"grey", "white", "gradient", "sky"};
 
 // Fog thick enough to show on a house seen from 30-60 m.
 constexpr float kViewerFogDensity = 0.01f;
 
+constexpr int kSkyBackground = 3;
+
 char const* onOff(bool on)
 {
     return on ? "on" : "off";
+}
+
+// Every style but plain shading draws edges.
+bool styleAvailable(int style)
+{
+    return style == CKVRenderConfig::kShaded || ViewFeatures::isAvailable(ViewFeature::kEdges);
+}
+
+bool backgroundAvailable(int index)
+{
+    return index != kSkyBackground || ViewFeatures::isAvailable(ViewFeature::kAtmosphere);
 }
 
 } // namespace
@@ -49,7 +65,7 @@ ViewRenderSettings::ViewRenderSettings(ViewOptions const& options)
         setBackground(2);
         break;
     case ViewOptions::Background::kSky:
-        setBackground(3);
+        setBackground(kSkyBackground);
         break;
     }
     if (options.fog) {
@@ -100,14 +116,24 @@ void ViewRenderSettings::setBackground(int index)
 
 std::string ViewRenderSettings::nextStyle()
 {
-    int const next = (static_cast<int>(mConfig.getRenderStyle()) + 1) % 4;
+    int next = static_cast<int>(mConfig.getRenderStyle());
+    do
+        next = (next + 1) % kStyleCount;
+    while (!styleAvailable(next));
     mConfig.setRenderStyle(static_cast<CKVRenderConfig::RenderStyle>(next));
-    return std::string("style: ") + styleName(mConfig.getRenderStyle());
+    std::string message = std::string("style: ") + styleName(mConfig.getRenderStyle());
+    if (!ViewFeatures::isAvailable(ViewFeature::kEdges))
+        message += " (" + ViewFeatures::notAvailable(ViewFeature::kEdges) + ")";
+    return message;
 }
 
 std::string ViewRenderSettings::nextBackground()
 {
-    setBackground((mBackground + 1) % kBackgroundCount);
+    int next = mBackground;
+    do
+        next = (next + 1) % kBackgroundCount;
+    while (!backgroundAvailable(next));
+    setBackground(next);
     return std::string("background: ") + kBackgroundNames[mBackground];
 }
 
@@ -121,6 +147,8 @@ std::string ViewRenderSettings::toggleFog()
 
 std::string ViewRenderSettings::toggleShadows()
 {
+    if (!ViewFeatures::isAvailable(ViewFeature::kShadows))
+        return ViewFeatures::notAvailable(ViewFeature::kShadows);
     bool const on = mConfig.getShadowLevel() == CKVRenderConfig::kLevelOff;
     mConfig.setShadowLevel(on ? CKVRenderConfig::kLevelMedium : CKVRenderConfig::kLevelOff);
     return std::string("shadows: ") + onOff(on);
@@ -128,6 +156,8 @@ std::string ViewRenderSettings::toggleShadows()
 
 std::string ViewRenderSettings::toggleAmbientOcclusion()
 {
+    if (!ViewFeatures::isAvailable(ViewFeature::kAmbientOcclusion))
+        return ViewFeatures::notAvailable(ViewFeature::kAmbientOcclusion);
     bool const on = mConfig.getSSAOLevel() == CKVRenderConfig::kLevelOff;
     mConfig.setSSAOLevel(on ? CKVRenderConfig::kLevelMedium : CKVRenderConfig::kLevelOff);
     return std::string("ambient occlusion: ") + onOff(on);
@@ -135,6 +165,8 @@ std::string ViewRenderSettings::toggleAmbientOcclusion()
 
 std::string ViewRenderSettings::toggleAtmosphere()
 {
+    if (!ViewFeatures::isAvailable(ViewFeature::kAtmosphere))
+        return ViewFeatures::notAvailable(ViewFeature::kAtmosphere);
     mConfig.setAtmosphericScattteringUse(!mConfig.getAtmosphericScattteringUse());
     return std::string("atmosphere: ") + onOff(mConfig.getAtmosphericScattteringUse());
 }

@@ -10,7 +10,9 @@ namespace Kelvor {
 // The viewer's render configuration: built from the command line, then
 // changed one switch at a time by keys. Each change returns a short text
 // for the status line; the caller sends the new configuration to the
-// render context.
+// render context. Effects the backend does not draw yet (ViewFeatures) are
+// skipped or answered with "not available yet", and the configuration stays
+// as it was.
 class ViewRenderSettings
 {
 public:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/x11window/X11HostWindow.h"
 #include "TarnwickRender/CKVWindowDataX11.h"
 
 #include <X11/Xlib.h>
@@ -9,10 +10,10 @@
 
 namespace Kelvor {
 
-// The viewer's own X window, made as a host application makes one: a
-// double-buffered GLX visual with depth and stencil, mapped, with the input
-// events selected on the viewer's connection. The render context attaches
-// to it through the window data and draws into it from its own connection.
+// The viewer's own X window (X11HostWindow) with the input events selected
+// on the viewer's connection and the window manager's close button turned
+// into a request to quit. The render context attaches to it through the
+// window data and draws into it from its own connection.
 class ViewWindow
 {
 public:
@@ -37,8 +38,7 @@ public:
 
 private:
     Display* mDisplay;
-    Window mWindow = 0;
-    Colormap mColormap = 0;
+    X11HostWindow mWindow;
     Atom mDeleteMessage = 0;
     int mWidth = 0;
     int mHeight = 0;

@@ -1,10 +1,10 @@
-#include "apps/view/IfcGeometryExtractor.h"
-#include "apps/view/IfcImporter.h"
-#include "apps/view/IfcModelReader.h"
-#include "apps/view/IfcPartBuilder.h"
-#include "apps/view/IfcSceneBuilder.h"
-#include "apps/view/IfcShapeIndex.h"
-#include "apps/view/IfcShapeMatcher.h"
+#include "apps/ifc/IfcGeometryExtractor.h"
+#include "apps/ifc/IfcImporter.h"
+#include "apps/ifc/IfcModelReader.h"
+#include "apps/ifc/IfcPartBuilder.h"
+#include "apps/ifc/IfcSceneBuilder.h"
+#include "apps/ifc/IfcShapeIndex.h"
+#include "apps/ifc/IfcShapeMatcher.h"
 
 #include "AppTestFiles.h"
 #include "MemoryBackendTest.h"
@@ -166,6 +166,84 @@ DATA;
 ENDSEC;
 END-ISO-10303-21;
 )";
+
+// A wall curved on a 5 m radius, 0.3 m thick, with a window whose opening is
+// as deep as the wall and faces the centre, as authoring tools write it:
+// flat, it does not reach through the curved faces.
+std::string const kCurvedWallIfc = R"(ISO-10303-21;
+HEADER;
+FILE_DESCRIPTION(('ViewDefinition [CoordinationView]'),'2;1');
+FILE_NAME('curved-wall-window.ifc','2024-01-01T00:00:00',(''),(''),'','','');
+FILE_SCHEMA(('IFC2X3'));
+ENDSEC;
+DATA;
+#1=IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.);
+#2=IFCSIUNIT(*,.PLANEANGLEUNIT.,$,.RADIAN.);
+#3=IFCUNITASSIGNMENT((#1,#2));
+#4=IFCCARTESIANPOINT((0.,0.,0.));
+#5=IFCDIRECTION((0.,0.,1.));
+#6=IFCDIRECTION((1.,0.,0.));
+#7=IFCAXIS2PLACEMENT3D(#4,#5,#6);
+#8=IFCGEOMETRICREPRESENTATIONCONTEXT($,'Model',3,1.E-05,#7,$);
+#9=IFCPROJECT('0YvctVUKr0kugbFTf53O9L',$,'Curved wall',$,$,$,$,(#8),#3);
+#10=IFCLOCALPLACEMENT($,#7);
+#20=IFCCARTESIANPOINT((0.,0.));
+#21=IFCAXIS2PLACEMENT2D(#20,$);
+#22=IFCCIRCLE(#21,5.3);
+#23=IFCCIRCLE(#21,5.);
+#24=IFCTRIMMEDCURVE(#22,(IFCPARAMETERVALUE(0.)),(IFCPARAMETERVALUE(1.5707963267949)),.T.,.PARAMETER.);
+#25=IFCCARTESIANPOINT((0.,5.3));
+#26=IFCCARTESIANPOINT((0.,5.));
+#27=IFCPOLYLINE((#25,#26));
+#28=IFCTRIMMEDCURVE(#23,(IFCPARAMETERVALUE(1.5707963267949)),(IFCPARAMETERVALUE(0.)),.F.,.PARAMETER.);
+#29=IFCCARTESIANPOINT((5.,0.));
+#30=IFCCARTESIANPOINT((5.3,0.));
+#31=IFCPOLYLINE((#29,#30));
+#32=IFCCOMPOSITECURVESEGMENT(.CONTINUOUS.,.T.,#24);
+#33=IFCCOMPOSITECURVESEGMENT(.CONTINUOUS.,.T.,#27);
+#34=IFCCOMPOSITECURVESEGMENT(.CONTINUOUS.,.T.,#28);
+#35=IFCCOMPOSITECURVESEGMENT(.CONTINUOUS.,.T.,#31);
+#36=IFCCOMPOSITECURVE((#32,#33,#34,#35),.F.);
+#37=IFCARBITRARYCLOSEDPROFILEDEF(.AREA.,'Wall plan',#36);
+#38=IFCEXTRUDEDAREASOLID(#37,#7,#5,3.);
+#39=IFCSHAPEREPRESENTATION(#8,'Body','SweptSolid',(#38));
+#40=IFCPRODUCTDEFINITIONSHAPE($,$,(#39));
+#41=IFCWALL('2O2Fr$t4X7Zf8NOew3FLOH',$,'Curved wall',$,$,#10,#40,$);
+#50=IFCCARTESIANPOINT((3.5355339,3.5355339,1.6));
+#49=IFCDIRECTION((0.70710678,0.70710678,0.));
+#51=IFCAXIS2PLACEMENT3D(#50,#49,#5);
+#52=IFCLOCALPLACEMENT(#10,#51);
+#53=IFCCARTESIANPOINT((0.,0.));
+#54=IFCAXIS2PLACEMENT2D(#53,$);
+#55=IFCRECTANGLEPROFILEDEF(.AREA.,$,#54,1.2,1.);
+#56=IFCEXTRUDEDAREASOLID(#55,#7,#5,0.3);
+#57=IFCSHAPEREPRESENTATION(#8,'Body','SweptSolid',(#56));
+#58=IFCPRODUCTDEFINITIONSHAPE($,$,(#57));
+#59=IFCOPENINGELEMENT('3cUkl32yn9qRSPvBJVyWYp',$,'Window opening',$,$,#52,#58,$);
+#60=IFCRELVOIDSELEMENT('1hOSvn6df7F8_7GcBWlR72',$,$,$,#41,#59);
+#61=IFCWINDOW('0c4Kc1Ou52Mgc2Hh7tX7cS',$,'Bay window',$,$,#52,$,$,1.2,1.);
+#62=IFCRELFILLSELEMENT('2MhPzWFsT0NuJ8FXmPkHrs',$,$,$,#59,#61);
+ENDSEC;
+END-ISO-10303-21;
+)";
+
+// Möller and Trumbore: does the segment from `a` to `b` cross the triangle?
+bool crosses(double const* p, double const* q, double const* r, CKVPoint3D const& a, CKVPoint3D const& b)
+{
+    CKVVector3D const e1(q[0] - p[0], q[1] - p[1], q[2] - p[2]);
+    CKVVector3D const e2(r[0] - p[0], r[1] - p[1], r[2] - p[2]);
+    CKVVector3D const d = b - a;
+    CKVVector3D const h = d.crossProduct(e2);
+    double const det = e1.dotProduct(h);
+    if (std::fabs(det) < 1e-12)
+        return false;
+    CKVVector3D const s(a.x - p[0], a.y - p[1], a.z - p[2]);
+    double const u = s.dotProduct(h) / det;
+    CKVVector3D const qv = s.crossProduct(e1);
+    double const v = d.dotProduct(qv) / det;
+    double const t = e2.dotProduct(qv) / det;
+    return u >= 0.0 && v >= 0.0 && u + v <= 1.0 && t >= 0.0 && t <= 1.0;
+}
 
 } // namespace
 
@@ -502,4 +580,60 @@ TEST(IfcPartBuilderTest, ShadesFacesFlatAroundTheOrigin)
             EXPECT_GT(normal.dotProduct(a), 0.0);
         }
     }
+}
+
+TEST_F(IfcImportTest, WindowOpeningsCutThroughACurvedWall)
+{
+    IfcModelReader reader;
+    IfcModel model;
+    ASSERT_TRUE(reader.readContent(kCurvedWallIfc, model)) << reader.getError();
+    std::vector<IfcProductGeometry> products;
+    IfcGeometryExtractor extractor;
+    ASSERT_TRUE(extractor.extract(model, products)) << extractor.getError();
+    ASSERT_EQ(products.size(), 1u);
+
+    // Through the middle of the window, from inside the curve to outside.
+    double const diagonal = std::sqrt(0.5);
+    CKVPoint3D const inside(4.6 * diagonal, 4.6 * diagonal, 1.6);
+    CKVPoint3D const outside(5.7 * diagonal, 5.7 * diagonal, 1.6);
+    unsigned int hits = 0;
+    for (IfcMesh const& mesh : products.front().meshes) {
+        for (std::size_t i = 0; i + 2 < mesh.triangles.size(); i += 3) {
+            hits += crosses(&mesh.positions[3 * mesh.triangles[i]], &mesh.positions[3 * mesh.triangles[i + 1]],
+                            &mesh.positions[3 * mesh.triangles[i + 2]], inside, outside);
+        }
+    }
+    EXPECT_EQ(hits, 0u) << "the window is covered by what is left of the wall";
+}
+
+TEST_F(IfcImportTest, DamagedFilesSayWhatWasSkippedAndRefusedOnesTheirSchema)
+{
+    if (!exists(kHausPath))
+        GTEST_SKIP() << kHausPath << " is missing (package assimp-testmodels)";
+    std::string haus = apptest::readWhole(kHausPath);
+    {
+        IfcImporter importer;
+        IfcScene scene;
+        ASSERT_TRUE(importer.import(kHausPath, scene)) << importer.getError();
+        EXPECT_TRUE(importer.getSummary().notices().empty()) << importer.getSummary().notices().front();
+    }
+    // 200 bytes of noise in the middle of the geometry.
+    haus.replace(haus.size() / 3, 200, 200, 'X');
+    std::string const path = tempPath("damaged.ifc");
+    writeFile(path, haus);
+    IfcImporter importer;
+    IfcScene scene;
+    ASSERT_TRUE(importer.import(path, scene)) << importer.getError();
+    std::remove(path.c_str());
+    std::vector<std::string> const notices = importer.getSummary().notices();
+    ASSERT_EQ(notices.size(), 1u);
+    EXPECT_NE(notices.front().find("damaged entities"), std::string::npos) << notices.front();
+    EXPECT_NE(notices.front().find("the first: #"), std::string::npos) << notices.front();
+
+    std::string unknown = kMappedBoxesIfc4;
+    unknown.replace(unknown.find("'IFC4'"), 6, "'IFC4RC4'");
+    IfcModelReader reader;
+    IfcModel model;
+    EXPECT_FALSE(reader.readContent(unknown, model));
+    EXPECT_NE(reader.getError().find("IFC4RC4"), std::string::npos) << reader.getError();
 }

@@ -7,10 +7,17 @@
 
 #include <gtest/gtest.h>
 
+#include <osg/Geode>
+#include <osg/Material>
+#include <osg/PagedLOD>
+#include <osg/ShapeDrawable>
 #include <osgDB/ReadFile>
+#include <osgDB/WriteFile>
 
 #include <cstdio>
 #include <cstdlib>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <string>
 
 using namespace Kelvor;
@@ -106,4 +113,72 @@ TEST_F(ViewCaptureGLTest, ExplicitCameraAndBackgroundReachThePicture)
     EXPECT_NEAR(centre[1], 128, 4);
     EXPECT_NEAR(centre[2], 0, 4);
     EXPECT_LT(modelCoverage(*image), 0.001) << "nothing of the house is in view";
+}
+
+// The backend reads FBX files; the viewer offers them like any model.
+TEST_F(ViewCaptureGLTest, FbxFilesOpen)
+{
+    char const* const box = "/usr/share/assimp/models/FBX/box.fbx";
+    if (::access(box, R_OK) != 0)
+        GTEST_SKIP() << box << " (assimp-testmodels) is not installed";
+    osg::ref_ptr<osg::Image> image = capture({box}, "fbx.png");
+    ASSERT_TRUE(image.valid());
+    EXPECT_NE(mLastOutput.find("fbx: 1 products, 12 triangles"), std::string::npos) << mLastOutput;
+    EXPECT_GT(modelCoverage(*image), 0.05);
+}
+
+namespace {
+
+osg::ref_ptr<osg::Geode> colouredBox(osg::Vec4 const& colour)
+{
+    osg::ref_ptr<osg::Geode> geode = new osg::Geode;
+    geode->addDrawable(new osg::ShapeDrawable(new osg::Box(osg::Vec3(), 10.0f)));
+    osg::ref_ptr<osg::Material> material = new osg::Material;
+    material->setDiffuse(osg::Material::FRONT_AND_BACK, colour);
+    geode->getOrCreateStateSet()->setAttribute(material);
+    return geode;
+}
+
+// Pixels where one channel leads the other two clearly.
+int pixelsLedBy(osg::Image const& image, int channel)
+{
+    int count = 0;
+    for (int y = 0; y < image.t(); ++y) {
+        for (int x = 0; x < image.s(); ++x) {
+            unsigned char const* p = image.data(x, y);
+            if (p[channel] > p[(channel + 1) % 3] + 60 && p[channel] > p[(channel + 2) % 3] + 60)
+                ++count;
+        }
+    }
+    return count;
+}
+
+} // namespace
+
+// A tile with a coarse red box beyond 60 m and a fine green one, from its
+// own file, within: one of them shows at a time, never both on top of
+// each other.
+TEST_F(ViewCaptureGLTest, TileSetsShowOneLevelPerRange)
+{
+    std::string const folder = apptest::tempPath("tiles");
+    ASSERT_EQ(::mkdir(folder.c_str(), 0755), 0);
+    ASSERT_TRUE(osgDB::writeNodeFile(*colouredBox(osg::Vec4(0, 1, 0, 1)), folder + "/fine.osgb"));
+    osg::ref_ptr<osg::PagedLOD> tile = new osg::PagedLOD;
+    tile->addChild(colouredBox(osg::Vec4(1, 0, 0, 1)), 60.0f, 1.0e30f);
+    tile->setFileName(1, "fine.osgb");
+    tile->setRange(1, 0.0f, 60.0f);
+    tile->setDatabasePath(folder + "/");
+    std::string const path = folder + "/tile.osgb";
+    ASSERT_TRUE(osgDB::writeNodeFile(*tile, path));
+
+    osg::ref_ptr<osg::Image> const near = capture({path, "--camera", "20,20,20,0,0,0"}, "near.png");
+    osg::ref_ptr<osg::Image> const far = capture({path, "--camera", "80,80,80,0,0,0"}, "far.png");
+    for (char const* name : {"/fine.osgb", "/tile.osgb"})
+        std::remove((folder + name).c_str());
+    ::rmdir(folder.c_str());
+    ASSERT_TRUE(near.valid() && far.valid());
+    EXPECT_GT(pixelsLedBy(*near, 1), 1000);
+    EXPECT_EQ(pixelsLedBy(*near, 0), 0) << "the coarse level shows through the fine one";
+    EXPECT_GT(pixelsLedBy(*far, 0), 100);
+    EXPECT_EQ(pixelsLedBy(*far, 1), 0) << "the fine level shows from afar";
 }

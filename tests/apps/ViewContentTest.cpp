@@ -1,4 +1,4 @@
-#include "apps/view/IfcProductTable.h"
+#include "apps/ifc/IfcProductTable.h"
 #include "apps/view/ViewContentBounds.h"
 #include "apps/view/ViewModelLoader.h"
 #include "apps/view/ViewModelSceneBuilder.h"
@@ -10,6 +10,7 @@
 #include "MemoryBackendTest.h"
 
 #include "TarnwickGeometry/CKVMesh.h"
+#include "TarnwickGeometry/CKVRenderBrepFaceData.h"
 #include "TarnwickRender/CKVBufferGeometry.h"
 #include "TarnwickRender/CKVCullingState.h"
 #include "TarnwickRender/CKVLogicBufferGeometry.h"
@@ -27,7 +28,10 @@
 #include <osg/MatrixTransform>
 #include <osgDB/WriteFile>
 
+#include <algorithm>
 #include <cstdio>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Kelvor;
 using apptest::tempPath;
@@ -76,15 +80,64 @@ TEST_F(ViewContentTest, BuiltInBuildingBecomesColouredNodesWithTheHousesExtent)
     EXPECT_EQ(transparent, 15u);
 }
 
+// Two boxes whose faces lie in one plane, face the same way and overlap
+// are drawn at the same depth: the picture flickers between them.
+TEST(ViewProceduralBuildingTest, NoTwoPartsShareAVisibleFace)
+{
+    kv_shared_ptr<CKVModelBase> model = ViewProceduralBuilding::build();
+    CKVRenderLOD const* level = model->getLOD(0);
+    ASSERT_NE(level, nullptr);
+    struct Box
+    {
+        float lo[3] = {1e30f, 1e30f, 1e30f};
+        float hi[3] = {-1e30f, -1e30f, -1e30f};
+    };
+    std::vector<Box> boxes;
+    for (unsigned int i = 0; i < level->getNumGeometry(); ++i) {
+        auto const& mesh = static_cast<CKVMesh const&>(*level->getGeometry(i).geometry);
+        Box box;
+        for (unsigned int p = 0; p < mesh.getNumPoints(); ++p) {
+            float const* point = &mesh.getPoints()[p].x;
+            for (int axis = 0; axis < 3; ++axis) {
+                box.lo[axis] = std::min(box.lo[axis], point[axis]);
+                box.hi[axis] = std::max(box.hi[axis], point[axis]);
+            }
+        }
+        boxes.push_back(box);
+    }
+    auto overlap = [](Box const& a, Box const& b, int axis) {
+        for (int other = 0; other < 3; ++other) {
+            if (other != axis && std::min(a.hi[other], b.hi[other]) <= std::max(a.lo[other], b.lo[other]))
+                return false;
+        }
+        return true;
+    };
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        for (std::size_t j = i + 1; j < boxes.size(); ++j) {
+            for (int axis = 0; axis < 3; ++axis) {
+                bool const sameLow = boxes[i].lo[axis] == boxes[j].lo[axis];
+                bool const sameHigh = boxes[i].hi[axis] == boxes[j].hi[axis];
+                EXPECT_FALSE((sameLow || sameHigh) && overlap(boxes[i], boxes[j], axis))
+                    << "parts " << i << " and " << j << " share a face across axis " << axis;
+            }
+        }
+    }
+}
+
+// Shaped as the tile-set importers give it: the parent chooses among its
+// children by its own mode, and each child holds only its range.
 TEST_F(ViewContentTest, LevelRangesBecomeCullingStatesAndEmptyModelsAreRefused)
 {
     kv_shared_ptr<CKVRenderLOD> parent(new CKVRenderLOD);
+    parent->setLoadMode(CKVRenderLOD::kPixelSize);
     parent->setCullingChild(true);
-    kv_shared_ptr<CKVRenderLOD> near(new CKVRenderLOD);
-    near->setLoadMode(CKVRenderLOD::kPixelSize);
-    near->setLoadDistance(100.0f, 1.0e6f);
-    near->addGeometry(nullptr, ViewProceduralBuilding::box(0, 0, 0, 1, 1, 1).get());
-    parent->addChildLOD(near.get());
+    float const ranges[2][2] = {{0.0f, 100.0f}, {100.0f, 1.0e6f}};
+    for (auto const& range : ranges) {
+        kv_shared_ptr<CKVRenderLOD> child(new CKVRenderLOD);
+        child->setLoadDistance(range[0], range[1]);
+        child->addGeometry(nullptr, ViewProceduralBuilding::box(0, 0, 0, 1, 1, 1).get());
+        parent->addChildLOD(child.get());
+    }
     kv_shared_ptr<CKVModelBase> model(new CKVModelBase);
     model->addLOD(parent.get());
 
@@ -97,13 +150,16 @@ TEST_F(ViewContentTest, LevelRangesBecomeCullingStatesAndEmptyModelsAreRefused)
         static_cast<CKVCullingState const*>(parentNode->getStateSet()->getState(CKVSceneNodeState::kCulling));
     ASSERT_NE(parentCulling, nullptr);
     EXPECT_TRUE(parentCulling->getCullingChild());
+    EXPECT_EQ(parentCulling->getCullingMode(), CKVRenderLOD::kPixelSize);
+    ASSERT_EQ(parentNode->getNumChildNode(), 2u);
+    for (unsigned int i = 0; i < 2; ++i) {
+        auto const* culling = static_cast<CKVCullingState const*>(
+            parentNode->getChildNode(i)->getStateSet()->getState(CKVSceneNodeState::kCulling));
+        ASSERT_NE(culling, nullptr) << "level " << i << " would be drawn at every range";
+        EXPECT_FLOAT_EQ(culling->getMinDistance(), ranges[i][0]);
+        EXPECT_FLOAT_EQ(culling->getMaxDistance(), ranges[i][1]);
+    }
     CKVSceneNode const* nearNode = parentNode->getChildNode(0);
-    ASSERT_NE(nearNode, nullptr);
-    auto const* culling =
-        static_cast<CKVCullingState const*>(nearNode->getStateSet()->getState(CKVSceneNodeState::kCulling));
-    ASSERT_NE(culling, nullptr);
-    EXPECT_EQ(culling->getCullingMode(), CKVRenderLOD::kPixelSize);
-    EXPECT_FLOAT_EQ(culling->getMinDistance(), 100.0f);
     // A shape without material gets the default one rather than none.
     ASSERT_EQ(nearNode->getNumChildNode(), 1u);
     EXPECT_NE(nearNode->getChildNode(0)->getStateSet()->getState(CKVSceneNodeState::kMaterial), nullptr);
@@ -227,6 +283,36 @@ TEST_F(ViewContentTest, OpenSceneGraphFilesArriveInWorldCoordinatesWithTheirColo
     EXPECT_FALSE(importer->readModel(junk.c_str(), none));
     EXPECT_FALSE(none.valid());
     std::remove(junk.c_str());
+}
+
+// An OBJ file names its image in its material file, relative to itself;
+// the mesh keeps its texture coordinates and the material the image's path.
+TEST_F(ViewContentTest, TexturedObjKeepsItsImageAndCoordinates)
+{
+    std::string const folder = tempPath("textured");
+    ASSERT_EQ(::mkdir(folder.c_str(), 0755), 0);
+    osg::ref_ptr<osg::Image> image = new osg::Image;
+    image->allocateImage(2, 2, 1, GL_RGB, GL_UNSIGNED_BYTE);
+    std::fill(image->data(), image->data() + image->getTotalSizeInBytes(), 200);
+    ASSERT_TRUE(osgDB::writeImageFile(*image, folder + "/bricks.png"));
+    apptest::writeFile(folder + "/wall.mtl", "newmtl brick\nKd 1 1 1\nmap_Kd bricks.png\n");
+    apptest::writeFile(folder + "/wall.obj", "mtllib wall.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 0 1\n"
+                                             "usemtl brick\nf 1/1 2/2 3/3\n");
+
+    ViewOsgFileImporter importer;
+    kv_shared_ptr<CKVModelBase> model;
+    ASSERT_TRUE(importer.readModel((folder + "/wall.obj").c_str(), model));
+    CKVRenderLOD const* level = model->getLOD(0);
+    ASSERT_EQ(level->getNumGeometry(), 1u);
+    CKVRenderLOD::GeometryEntry const& entry = level->getGeometry(0);
+    EXPECT_EQ(std::string(entry.material->getTexture()), folder + "/bricks.png");
+    kv_shared_ptr<CKVRenderGeometryData> data = entry.geometry->getRenderData(CKVRenderGeometryData::kSampleNormal);
+    ASSERT_TRUE(data.valid());
+    EXPECT_NE(static_cast<CKVRenderBrepFaceData const&>(*data).getUVArray(), nullptr);
+
+    for (char const* name : {"/bricks.png", "/wall.mtl", "/wall.obj"})
+        std::remove((folder + name).c_str());
+    ::rmdir(folder.c_str());
 }
 
 TEST_F(ViewContentTest, PicksAreWordedFromTheProductTable)

@@ -3,8 +3,12 @@
 #include "AppTestFiles.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <chrono>
+#include <thread>
 
 #include <climits>
 #include <cstdio>
@@ -23,6 +27,8 @@ struct ViewRun
     int exitCode = -1;
     // Non-zero when the program died of a signal (a crash).
     int signal = 0;
+    // It ran past the time it was given and was killed.
+    bool hung = false;
     std::string out;
     std::string err;
 };
@@ -74,16 +80,30 @@ inline ViewProcess startViewProgram(std::vector<std::string> const& arguments, b
     return process;
 }
 
-inline ViewRun finishViewProgram(ViewProcess const& process)
+// Waits for the program; one still running after `limit` is killed and
+// reported as hung.
+inline ViewRun finishViewProgram(ViewProcess const& process,
+                                 std::chrono::seconds limit = std::chrono::seconds(120))
 {
     ViewRun run;
     int status = 0;
-    if (process.pid <= 0 || ::waitpid(process.pid, &status, 0) != process.pid)
+    if (process.pid <= 0)
+        return run;
+    auto const deadline = std::chrono::steady_clock::now() + limit;
+    pid_t done = 0;
+    while ((done = ::waitpid(process.pid, &status, WNOHANG)) == 0 && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    if (done == 0) {
+        run.hung = true;
+        ::kill(process.pid, SIGKILL);
+        done = ::waitpid(process.pid, &status, 0);
+    }
+    if (done != process.pid)
         return run;
     run.started = !(WIFEXITED(status) && WEXITSTATUS(status) == 126);
     run.exited = WIFEXITED(status);
     run.exitCode = run.exited ? WEXITSTATUS(status) : -1;
-    run.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    run.signal = WIFSIGNALED(status) && !run.hung ? WTERMSIG(status) : 0;
     run.out = apptest::readWhole(process.outPath);
     run.err = apptest::readWhole(process.errPath);
     std::remove(process.outPath.c_str());
@@ -91,9 +111,10 @@ inline ViewRun finishViewProgram(ViewProcess const& process)
     return run;
 }
 
-inline ViewRun runViewProgram(std::vector<std::string> const& arguments, bool unsetDisplay = false)
+inline ViewRun runViewProgram(std::vector<std::string> const& arguments, bool unsetDisplay = false,
+                              std::chrono::seconds limit = std::chrono::seconds(120))
 {
-    return finishViewProgram(startViewProgram(arguments, unsetDisplay));
+    return finishViewProgram(startViewProgram(arguments, unsetDisplay), limit);
 }
 
 } // namespace Kelvor

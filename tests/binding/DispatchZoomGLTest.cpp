@@ -1,5 +1,6 @@
 #include "RenderContextFixture.h"
 
+#include "effects/CKVPostProcessNode.h"
 #include "scene/CKVSceneNodeImp.h"
 
 #include "TarnwickGeometry/CKVPlane.h"
@@ -33,7 +34,9 @@ osg::ref_ptr<osg::Geometry> makeFloor()
     return floor;
 }
 
-class DispatchZoomGLTest : public RenderContextFixture
+// The parameter switches a full-screen effect on, which draws the scene into
+// the root's targets and leaves the window's depth empty.
+class DispatchZoomGLTest : public RenderContextFixture, public ::testing::WithParamInterface<bool>
 {
 protected:
     void runBatch(std::initializer_list<CKVRenderCommand*> commands)
@@ -60,10 +63,11 @@ protected:
 // floor, the distance to it shrinks by the zoom factor, and the floor point
 // under the cursor stays there. The event's world position, used only over
 // empty space, is deliberately wrong.
-TEST_F(DispatchZoomGLTest, ZoomFocusesOnTheDepthUnderTheCursor)
+TEST_P(DispatchZoomGLTest, ZoomFocusesOnTheDepthUnderTheCursor)
 {
     ASSERT_NE(start(), nullptr);
     takeOverTicks();
+    mContext->getRoot()->setColorGradingEnabled(GetParam());
     mScene.setViewportSize(kWidth, kHeight);
     CKVCamera camera;
     camera.setAspect(double(kWidth) / kHeight);
@@ -98,6 +102,11 @@ TEST_F(DispatchZoomGLTest, ZoomFocusesOnTheDepthUnderTheCursor)
     kv_shared_ptr<CKVRenderCommand> detach = new CKVRCDetachSceneData(floor.get());
     runBatch({detach.get()});
 }
+
+INSTANTIATE_TEST_SUITE_P(WindowOrRootTargets, DispatchZoomGLTest, ::testing::Values(false, true),
+                         [](::testing::TestParamInfo<bool> const& info) {
+                             return info.param ? "WithPostProcessing" : "StraightToTheWindow";
+                         });
 
 } // namespace
 } // namespace Kelvor

@@ -2,8 +2,9 @@
 
 #include "support/XDisplayRetry.h"
 
-#include <GL/glx.h>
 #include <X11/Xutil.h>
+
+#include <string>
 
 namespace Kelvor {
 
@@ -50,41 +51,18 @@ int ignoreErrors(Display*, XErrorEvent*)
 HostX11Window::HostX11Window(int width, int height)
 {
     mDisplay = openTestDisplay();
-    if (!mDisplay)
-        return;
-    int attributes[] = {GLX_RGBA, GLX_DOUBLEBUFFER, GLX_RED_SIZE, 8, GLX_GREEN_SIZE, 8, GLX_BLUE_SIZE, 8,
-                        GLX_DEPTH_SIZE, 24, GLX_STENCIL_SIZE, 8, None};
-    XVisualInfo* visual = glXChooseVisual(mDisplay, DefaultScreen(mDisplay), attributes);
-    if (!visual)
-        return;
-    Window const root = RootWindow(mDisplay, visual->screen);
-    XSetWindowAttributes set{};
-    set.colormap = XCreateColormap(mDisplay, root, visual->visual, AllocNone);
-    set.event_mask = StructureNotifyMask;
-    set.border_pixel = 0;
-    mColormap = set.colormap;
-    mWindow = XCreateWindow(mDisplay, root, 0, 0, static_cast<unsigned int>(width), static_cast<unsigned int>(height),
-                            0, visual->depth, InputOutput, visual->visual, CWColormap | CWEventMask | CWBorderPixel,
-                            &set);
-    XFree(visual);
-    XMapWindow(mDisplay, mWindow);
-    // Whoever attaches next may draw at once: wait until the server has
-    // really mapped the window.
-    XEvent event;
-    do {
-        XNextEvent(mDisplay, &event);
-    } while (event.type != MapNotify || event.xmap.window != mWindow);
+    X11HostWindow::Settings settings;
+    settings.width = width;
+    settings.height = height;
+    std::string error;
+    mWindow.create(mDisplay, settings, error);
 }
 
 HostX11Window::~HostX11Window()
 {
-    if (!mDisplay)
-        return;
-    if (mWindow)
-        XDestroyWindow(mDisplay, mWindow);
-    if (mColormap)
-        XFreeColormap(mDisplay, mColormap);
-    XCloseDisplay(mDisplay);
+    mWindow.destroy();
+    if (mDisplay)
+        XCloseDisplay(mDisplay);
 }
 
 bool HostX11Window::exists() const
@@ -92,7 +70,7 @@ bool HostX11Window::exists() const
     XSync(mDisplay, False);
     XErrorHandler previous = XSetErrorHandler(&ignoreErrors);
     XWindowAttributes attributes;
-    Status const status = XGetWindowAttributes(mDisplay, mWindow, &attributes);
+    Status const status = XGetWindowAttributes(mDisplay, mWindow.window(), &attributes);
     XSync(mDisplay, False);
     XSetErrorHandler(previous);
     return status != 0;
@@ -100,7 +78,7 @@ bool HostX11Window::exists() const
 
 bool HostX11Window::readPixel(int x, int y, unsigned char rgb[3]) const
 {
-    std::vector<unsigned char> const pixel = grabRGB(mDisplay, mWindow, x, y, 1, 1);
+    std::vector<unsigned char> const pixel = grabRGB(mDisplay, mWindow.window(), x, y, 1, 1);
     if (pixel.empty())
         return false;
     rgb[0] = pixel[0];
@@ -111,17 +89,17 @@ bool HostX11Window::readPixel(int x, int y, unsigned char rgb[3]) const
 
 std::vector<unsigned char> HostX11Window::readWindow(int width, int height) const
 {
-    return grabRGB(mDisplay, mWindow, 0, 0, width, height);
+    return grabRGB(mDisplay, mWindow.window(), 0, 0, width, height);
 }
 
 osg::ref_ptr<osg::Image> HostX11Window::shown() const
 {
     XSync(mDisplay, False);
     XWindowAttributes attributes;
-    XGetWindowAttributes(mDisplay, mWindow, &attributes);
+    XGetWindowAttributes(mDisplay, mWindow.window(), &attributes);
     int const width = attributes.width;
     int const height = attributes.height;
-    std::vector<unsigned char> const rgb = grabRGB(mDisplay, mWindow, 0, 0, width, height);
+    std::vector<unsigned char> const rgb = grabRGB(mDisplay, mWindow.window(), 0, 0, width, height);
     if (rgb.empty())
         return nullptr;
     osg::ref_ptr<osg::Image> image = new osg::Image;

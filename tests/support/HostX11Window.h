@@ -3,6 +3,8 @@
 // Before the X headers: their macros (None, Bool) break gtest's own names.
 #include <gtest/gtest.h>
 
+#include "apps/x11window/X11HostWindow.h"
+
 #include <osg/Image>
 #include <osg/ref_ptr>
 
@@ -12,11 +14,10 @@
 
 namespace Kelvor {
 
-// An X window made the way a host application makes one: its own display
-// connection, a GLX-capable double-buffered visual with depth and stencil,
-// mapped on screen before anyone is told about it. The tests attach the
-// backend to it and read back what the X server shows, so that no GL
-// read-back (whose front buffer need not be the visible one) can fake it.
+// A host application's window (X11HostWindow) on a display connection of
+// its own. The tests attach the backend to it and read back what the X
+// server shows, so that no GL read-back (whose front buffer need not be the
+// visible one) can fake it.
 class HostX11Window
 {
 public:
@@ -25,9 +26,9 @@ public:
     HostX11Window(HostX11Window const&) = delete;
     HostX11Window& operator=(HostX11Window const&) = delete;
 
-    bool valid() const { return mDisplay && mWindow; }
+    bool valid() const { return mDisplay && mWindow.valid(); }
     Display* display() const { return mDisplay; }
-    Window window() const { return mWindow; }
+    Window window() const { return mWindow.window(); }
 
     // False once the window has been destroyed (by anyone).
     bool exists() const;
@@ -47,8 +48,7 @@ public:
 
 private:
     Display* mDisplay = nullptr;
-    Window mWindow = 0;
-    Colormap mColormap = 0;
+    X11HostWindow mWindow;
 };
 
 } // namespace Kelvor

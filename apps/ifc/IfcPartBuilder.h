@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/view/IfcMesh.h"
+#include "apps/ifc/IfcMesh.h"
 #include "TarnwickGeometry/CKVPoint3D.h"
 #include "TarnwickRender/CKVLogicBufferGeometry.h"
 

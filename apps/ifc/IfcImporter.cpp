@@ -1,10 +1,10 @@
-#include "apps/view/IfcImporter.h"
+#include "apps/ifc/IfcImporter.h"
 
-#include "apps/view/IfcGeometryExtractor.h"
-#include "apps/view/IfcModel.h"
-#include "apps/view/IfcModelReader.h"
-#include "apps/view/IfcSceneBuilder.h"
-#include "apps/view/IfcShapeIndex.h"
+#include "apps/ifc/IfcGeometryExtractor.h"
+#include "apps/ifc/IfcModel.h"
+#include "apps/ifc/IfcModelReader.h"
+#include "apps/ifc/IfcSceneBuilder.h"
+#include "apps/ifc/IfcShapeIndex.h"
 
 #include <chrono>
 
@@ -57,6 +57,10 @@ bool IfcImporter::import(std::string const& path, IfcScene& scene)
         mSummary.schema = model.getSchema();
         mSummary.entities = static_cast<unsigned int>(model.getNumEntity());
         mSummary.warnings = reader.getNumWarning();
+        mSummary.damagedEntities = reader.getNumDamaged();
+        mSummary.skippedEntities = reader.getNumSkipped();
+        mSummary.declaredEntities = reader.getNumDeclared();
+        mSummary.firstProblem = reader.getFirstProblem();
         mSummary.parseSeconds = secondsSince(start);
 
         Clock::time_point const geometryStart = Clock::now();

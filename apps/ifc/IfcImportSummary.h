@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace Kelvor {
 
@@ -24,6 +25,13 @@ struct IfcImportSummary
     unsigned int geometries = 0;
     // Messages IFC++ gave about parts of the file it could not use.
     unsigned int warnings = 0;
+    // Entities reported damaged (skipped or read in part); entity
+    // instances left out in all (damaged, or of types not read), out of all
+    // the file declares; and the first problem IFC++ reported.
+    unsigned int damagedEntities = 0;
+    unsigned int skippedEntities = 0;
+    unsigned int declaredEntities = 0;
+    std::string firstProblem;
     // Seconds: reading and parsing, geometry, scene building, all together.
     double parseSeconds = 0.0;
     double geometrySeconds = 0.0;
@@ -32,6 +40,9 @@ struct IfcImportSummary
 
     // One line, e.g. "IFC2X3: 117 products, 36222 triangles (...), ...".
     std::string toString() const;
+    // What the user should know about a model that loaded only in part, one
+    // line each; empty for a clean import.
+    std::vector<std::string> notices() const;
 };
 
 } // namespace Kelvor

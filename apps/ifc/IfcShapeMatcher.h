@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/view/IfcProductGeometry.h"
+#include "apps/ifc/IfcProductGeometry.h"
 #include "TarnwickGeometry/CKVMatrix3D.h"
 
 #include <string>

@@ -1,4 +1,4 @@
-#include "apps/view/IfcPartBuilder.h"
+#include "apps/ifc/IfcPartBuilder.h"
 
 #include "TarnwickGeometry/CKVVector3D.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/view/IfcProductInfo.h"
+#include "apps/ifc/IfcProductInfo.h"
 
 #include <cstddef>
 #include <unordered_map>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "apps/view/IfcProductGeometry.h"
-#include "apps/view/IfcShape.h"
-#include "apps/view/IfcShapeMatcher.h"
+#include "apps/ifc/IfcProductGeometry.h"
+#include "apps/ifc/IfcShape.h"
+#include "apps/ifc/IfcShapeMatcher.h"
 
 #include <vector>
 

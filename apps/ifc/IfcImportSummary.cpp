@@ -1,4 +1,4 @@
-#include "apps/view/IfcImportSummary.h"
+#include "apps/ifc/IfcImportSummary.h"
 
 #include <cstdio>
 
@@ -15,6 +15,24 @@ std::string IfcImportSummary::toString() const
                   sharedShapes, instances, materials, geometries, warnings, totalSeconds, parseSeconds,
                   geometrySeconds, buildSeconds);
     return text;
+}
+
+std::vector<std::string> IfcImportSummary::notices() const
+{
+    std::vector<std::string> lines;
+    // Types that are never read (2D annotation) leave entities out of clean
+    // files too; only damage is worth a word.
+    if (damagedEntities == 0)
+        return lines;
+    char text[256];
+    std::snprintf(text, sizeof text,
+                  "%u damaged entities were skipped or read in part (%u of %u entities left out in all)",
+                  damagedEntities, skippedEntities, declaredEntities);
+    std::string line = text;
+    if (!firstProblem.empty())
+        line += "; the first: " + firstProblem;
+    lines.push_back(line);
+    return lines;
 }
 
 } // namespace Kelvor

@@ -1,4 +1,4 @@
-#include "apps/view/IfcShapeIndex.h"
+#include "apps/ifc/IfcShapeIndex.h"
 
 #include <string>
 #include <unordered_map>

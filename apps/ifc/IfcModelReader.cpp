@@ -1,7 +1,8 @@
-#include "apps/view/IfcModelReader.h"
+#include "apps/ifc/IfcModelReader.h"
 
-#include "apps/view/IfcMessageSink.h"
-#include "apps/view/IfcUtf8.h"
+#include "apps/ifc/IfcDataSection.h"
+#include "apps/ifc/IfcMessageSink.h"
+#include "apps/ifc/IfcUtf8.h"
 
 #include <ifcpp/model/BuildingModel.h>
 #include <ifcpp/model/StatusCallback.h>
@@ -25,6 +26,7 @@ constexpr double kLoadShare = 0.1;
 
 char const* const kStepMagic = "ISO-10303-21;";
 char const* const kStepEnd = "END-ISO-10303-21;";
+char const* const kUnsupportedVersion = "Unsupported IFC version";
 
 std::string upper(std::string text)
 {
@@ -143,12 +145,17 @@ bool IfcModelReader::readContent(std::string content, IfcModel& model)
 {
     mError.clear();
     mNumWarning = 0;
+    mNumSkipped = 0;
+    mNumDamaged = 0;
+    mNumDeclared = 0;
+    mFirstProblem.clear();
 
     std::string schema;
     std::string error;
     if (!checkFrame(content, schema, error))
         return fail(error, model);
 
+    mNumDeclared = static_cast<unsigned int>(IfcDataSection::countInstances(content));
     IfcMessageSink sink;
     sink.phase = "Parsing";
     sink.progress = &mProgress;
@@ -163,12 +170,22 @@ bool IfcModelReader::readContent(std::string content, IfcModel& model)
         reader->unsetMessageCallBack();
         parsed->unsetMessageCallBack();
         mNumWarning = sink.warnings;
-        if (parsed->getMapIfcEntities().empty()) {
+        mFirstProblem = sink.firstError;
+        std::size_t const parsedCount = parsed->getMapIfcEntities().size();
+        if (parsedCount == 0) {
+            // IFC++ refuses versions it does not know without naming them
+            // (and a header it cannot read in the same words).
+            bool const knownSchema = schema == "IFC2X3" || schema == "IFC4";
+            if (!knownSchema && sink.firstError.find(kUnsupportedVersion) != std::string::npos)
+                return fail("unsupported IFC schema '" + schema + "' (IFC2X3 and IFC4 are read)", model);
             std::string reason = "no IFC entities could be read";
             if (!sink.firstError.empty())
                 reason += " (" + sink.firstError + ")";
             return fail(reason, model);
         }
+        mNumDamaged = sink.damagedEntities;
+        if (parsedCount < mNumDeclared)
+            mNumSkipped = mNumDeclared - static_cast<unsigned int>(parsedCount);
         model.reset(std::move(parsed), std::move(schema));
     } catch (std::exception const& e) {
         return fail(std::string("IFC parse error: ") + e.what(), model);

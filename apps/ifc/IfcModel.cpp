@@ -1,4 +1,4 @@
-#include "apps/view/IfcModel.h"
+#include "apps/ifc/IfcModel.h"
 
 #include <ifcpp/model/BuildingModel.h>
 

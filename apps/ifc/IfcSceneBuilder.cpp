@@ -1,6 +1,6 @@
-#include "apps/view/IfcSceneBuilder.h"
+#include "apps/ifc/IfcSceneBuilder.h"
 
-#include "apps/view/IfcPartBuilder.h"
+#include "apps/ifc/IfcPartBuilder.h"
 #include "TarnwickGeometry/CKVBndBox.h"
 #include "TarnwickRender/CKVMaterialState.h"
 #include "TarnwickRender/CKVProgramParam.h"

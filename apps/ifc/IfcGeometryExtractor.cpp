@@ -1,7 +1,8 @@
-#include "apps/view/IfcGeometryExtractor.h"
+#include "apps/ifc/IfcGeometryExtractor.h"
 
-#include "apps/view/IfcMessageSink.h"
-#include "apps/view/IfcUtf8.h"
+#include "apps/ifc/IfcMessageSink.h"
+#include "apps/ifc/IfcOpeningDeepener.h"
+#include "apps/ifc/IfcUtf8.h"
 
 #include <ifcpp/IFC4/include/IfcGloballyUniqueId.h>
 #include <ifcpp/IFC4/include/IfcLabel.h>
@@ -203,6 +204,7 @@ bool IfcGeometryExtractor::extract(IfcModel const& model, std::vector<IfcProduct
     sink.progress = &mProgress;
     bool ok = true;
     try {
+        IfcOpeningDeepener::deepen(*building);
         Converter converter(building);
         converter.setMessageCallBack(&sink, &IfcMessageSink::receive);
         converter.convertGeometry();
@@ -234,6 +236,7 @@ bool IfcGeometryExtractor::extract(IfcModel const& model, std::vector<IfcProduct
     // The converter redirected the model's messages to itself; it is gone now.
     building->setMessageTarget(nullptr);
     mNumWarning = sink.warnings;
+    mFirstProblem = sink.firstError;
     if (ok && mProgress)
         mProgress(1.0, "Creating geometry");
     return ok;

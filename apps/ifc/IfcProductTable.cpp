@@ -1,4 +1,4 @@
-#include "apps/view/IfcProductTable.h"
+#include "apps/ifc/IfcProductTable.h"
 
 #include "TarnwickRender/CKVDrawable.h"
 

@@ -1,4 +1,4 @@
-#include "apps/view/IfcUtf8.h"
+#include "apps/ifc/IfcUtf8.h"
 
 namespace Kelvor {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "apps/view/IfcProductGeometry.h"
-#include "apps/view/IfcProgressCallback.h"
-#include "apps/view/IfcScene.h"
-#include "apps/view/IfcShape.h"
+#include "apps/ifc/IfcProductGeometry.h"
+#include "apps/ifc/IfcProgressCallback.h"
+#include "apps/ifc/IfcScene.h"
+#include "apps/ifc/IfcShape.h"
 #include "TarnwickGeometry/CKVPoint3D.h"
 #include "TarnwickRender/CKVDrawable.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "apps/view/IfcImportSummary.h"
-#include "apps/view/IfcProgressCallback.h"
-#include "apps/view/IfcScene.h"
+#include "apps/ifc/IfcImportSummary.h"
+#include "apps/ifc/IfcProgressCallback.h"
+#include "apps/ifc/IfcScene.h"
 
 #include <string>
 

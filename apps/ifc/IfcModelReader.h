@@ -1,7 +1,7 @@
 #pragma once
 
-#include "apps/view/IfcModel.h"
-#include "apps/view/IfcProgressCallback.h"
+#include "apps/ifc/IfcModel.h"
+#include "apps/ifc/IfcProgressCallback.h"
 
 #include <string>
 
@@ -30,6 +30,13 @@ public:
     // Messages IFC++ reported as warnings or errors while parsing a file it
     // could still read (unknown entities, bad attributes).
     unsigned int getNumWarning() const { return mNumWarning; }
+    // Entity instances the file declares that the parser left out, and the
+    // first reason IFC++ gave for anything it could not read.
+    unsigned int getNumSkipped() const { return mNumSkipped; }
+    // Entities IFC++ reported as damaged: skipped or read in part.
+    unsigned int getNumDamaged() const { return mNumDamaged; }
+    unsigned int getNumDeclared() const { return mNumDeclared; }
+    std::string const& getFirstProblem() const { return mFirstProblem; }
 
     // Checks the frame of a STEP file without parsing entities: the
     // ISO-10303-21 header, an IFC schema this reader supports, a DATA section
@@ -44,6 +51,10 @@ private:
     IfcProgressCallback mProgress;
     std::string mError;
     unsigned int mNumWarning = 0;
+    unsigned int mNumSkipped = 0;
+    unsigned int mNumDamaged = 0;
+    unsigned int mNumDeclared = 0;
+    std::string mFirstProblem;
 };
 
 } // namespace Kelvor

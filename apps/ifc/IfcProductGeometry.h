@@ -1,7 +1,7 @@
 #pragma once
 
-#include "apps/view/IfcMesh.h"
-#include "apps/view/IfcProductInfo.h"
+#include "apps/ifc/IfcMesh.h"
+#include "apps/ifc/IfcProductInfo.h"
 
 #include <vector>
 

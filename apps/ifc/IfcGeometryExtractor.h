@@ -1,8 +1,8 @@
 #pragma once
 
-#include "apps/view/IfcModel.h"
-#include "apps/view/IfcProductGeometry.h"
-#include "apps/view/IfcProgressCallback.h"
+#include "apps/ifc/IfcModel.h"
+#include "apps/ifc/IfcProductGeometry.h"
+#include "apps/ifc/IfcProgressCallback.h"
 
 #include <string>
 #include <vector>
@@ -13,7 +13,9 @@ namespace Kelvor {
 // product's representation (extrusions, B-reps, openings cut out, mapped
 // items expanded), and the meshes are triangulated here, placed in world
 // coordinates and grouped by surface colour. Products without triangles
-// (annotations, axes, openings) are left out.
+// (annotations, axes, openings) are left out. Openings that hold a window or
+// a door are first made to reach through their host (IfcOpeningDeepener),
+// which changes them in the model.
 //
 // This is the one file that includes IFC++'s geometry headers, which take
 // about half a minute to compile.
@@ -33,11 +35,14 @@ public:
 
     std::string const& getError() const { return mError; }
     unsigned int getNumWarning() const { return mNumWarning; }
+    // The first warning or error IFC++ gave; empty when none.
+    std::string const& getFirstProblem() const { return mFirstProblem; }
 
 private:
     IfcProgressCallback mProgress;
     std::string mError;
     unsigned int mNumWarning = 0;
+    std::string mFirstProblem;
 };
 
 } // namespace Kelvor

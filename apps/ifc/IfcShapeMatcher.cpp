@@ -1,4 +1,4 @@
-#include "apps/view/IfcShapeMatcher.h"
+#include "apps/ifc/IfcShapeMatcher.h"
 
 #include <cmath>
 

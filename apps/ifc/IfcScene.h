@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/view/IfcProductTable.h"
+#include "apps/ifc/IfcProductTable.h"
 #include "TarnwickCommon/kv_shared_ptr.h"
 #include "TarnwickRender/CKVBasicMaterial.h"
 #include "TarnwickRender/CKVBufferGeometry.h"
