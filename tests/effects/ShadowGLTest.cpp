@@ -348,6 +348,17 @@ TEST_F(ShadowGLTest, HighestLevelAllocatesAndDraws)
     osg::ref_ptr<osg::Image> plain = capture();
     ASSERT_TRUE(plain.valid());
     EXPECT_GT(darkenedFraction(*image, *plain), 0.03) << "the box casts at the highest level too";
+
+    // The maps go with the context: the generator and its passes hold the
+    // root that holds them only weakly.
+    mConfig.setShadowLevel(CKVRenderConfig::kLevelHigh);
+    applyConfig();
+    osg::observer_ptr<CKVShadowGenerator> watched(generator);
+    mContext->destroy();
+    CKVRenderContext* context = mContext;
+    mContext = nullptr;
+    EXPECT_TRUE(CKVRenderCallback::destroyRenderContext(context));
+    EXPECT_FALSE(watched.valid());
 }
 
 } // namespace Kelvor
