@@ -318,6 +318,12 @@ TEST_F(ShadowGLTest, LevelChangesRebuildOnlyWhatTheyMust)
     EXPECT_EQ(generator->getNumPasses(), 2u);
     EXPECT_EQ(generator->getWidth(), 1024u);
     EXPECT_NE(mContext->getRoot()->getDefinesText().find(CKVShadowGenerator::kDefine), std::string::npos);
+
+    // The root now draws the scene through its own targets: the shadows
+    // still come first and reach the picture.
+    ASSERT_TRUE(mContext->getRoot()->isActive());
+    addBox(CKVPoint3D(0, 0, 1.5), 1.0f, 1.0f, 1.5f, osg::Vec3ub(200, 60, 40));
+    EXPECT_GT(shadowedFraction(), 0.03);
 }
 
 // The largest maps: three layers of 4096 by 4096, two of them 64-bit
