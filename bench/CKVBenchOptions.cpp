@@ -57,6 +57,12 @@ bool CKVBenchOptions::parse(int argc, char** argv, std::string& error)
             seed = number;
         else if (key == "meshes")
             meshes = static_cast<unsigned int>(number);
+        else if (key == "shadows" && number <= 3)
+            shadows = static_cast<int>(number);
+        else if (key == "shadows") {
+            error = "shadows must be a level from 0 to 3";
+            return false;
+        }
         else {
             error = "unknown argument: " + argument;
             return false;

@@ -7,7 +7,7 @@ namespace Kelvor {
 
 // What one run of the benchmark program measures, from its command line:
 //   --path=host|stock|commands --objects=N --frames=F --warmup=W
-//   --width=640 --height=360 --seed=S --meshes=M --callgrind
+//   --width=640 --height=360 --seed=S --meshes=M --shadows=L --callgrind
 struct CKVBenchOptions
 {
     std::string path = "host";
@@ -18,6 +18,10 @@ struct CKVBenchOptions
     int height = 360;
     std::uint64_t seed = 1;
     unsigned int meshes = 32;
+    // A shadow level (0 to 3) draws the backend's model lit, every element
+    // a caster, with shadows at that level; -1 (the default) keeps the
+    // unlit flat colour of the plain comparison.
+    int shadows = -1;
     // Instrument exactly one frame for callgrind (run under
     // valgrind --tool=callgrind --instr-atstart=no) and measure no others.
     bool callgrind = false;

@@ -9,6 +9,9 @@
 
 #include "TarnwickGeometry/CKVMatrix3D.h"
 #include "TarnwickRender/CKVCamera.h"
+#include "TarnwickRender/CKVMaterialState.h"
+#include "TarnwickRender/CKVRenderOptionState.h"
+#include "TarnwickRender/CKVSceneNodeStateSet.h"
 #include "TarnwickRender/CKVProgramParam.h"
 #include "TarnwickRender/CKVRCApplyCamera.h"
 #include "TarnwickRender/CKVRCAttachSceneData.h"
@@ -32,6 +35,11 @@ bool CKVHostSceneBench::open(int width, int height)
     mWindow = std::make_unique<CKVBenchWindow>(width, height);
     if (!mWindow->valid())
         return false;
+    if (mShadowLevel >= 0) {
+        CKVRenderConfig config;
+        config.setShadowLevel(static_cast<CKVRenderConfig::RenderLevel>(mShadowLevel));
+        mScene.setRenderConfig(config);
+    }
     mGraphicsContext = CKVGraphicsContext(&mWindow->windowData(), &mScene);
     CKVRenderContext* created = CKVRenderCallback::createRenderContext(-1);
     if (!created || !created->isKindOf(CKVRenderContextX11Imp::desc()))
@@ -67,6 +75,15 @@ bool CKVHostSceneBench::build(std::vector<CKVBenchMesh> const& meshes,
     if (!mNode.valid())
         return false;
     CKVProgramParam param(CKVProgramParam::kFlatColor);
+    if (mShadowLevel >= 0) {
+        // Lit and casting, whatever the level, so that the runs of a shadow
+        // series differ in the shadows alone.
+        mMaterial = new CKVBasicMaterial;
+        mMaterial->setRGB(200, 200, 200);
+        mMaterial->getProgramParam(param);
+        mNode->getStateSet()->addState(new CKVMaterialState(mMaterial.get()));
+        mNode->getStateSet()->addState(new CKVRenderOptionState);
+    }
     param.addParam(CKVProgramParam::kUseInstanceMatrix);
     mNode->setProgramParam(param);
 

@@ -4,6 +4,7 @@
 #include "bench/CKVSceneBench.h"
 
 #include "TarnwickCommon/kv_shared_ptr.h"
+#include "TarnwickRender/CKVBasicMaterial.h"
 #include "TarnwickRender/CKVBufferGeometry.h"
 #include "TarnwickRender/CKVGraphicsContext.h"
 #include "TarnwickRender/CKVLogicBufferGeometry.h"
@@ -43,6 +44,8 @@ public:
     void startTimer();
     void stopTimer();
     unsigned int geometryCount() const { return static_cast<unsigned int>(mGeometries.size()); }
+    // Before `open`: see CKVBenchOptions::shadows.
+    void setShadowLevel(int level) { mShadowLevel = level; }
 
 
 private:
@@ -54,6 +57,8 @@ private:
     std::vector<kv_shared_ptr<CKVBufferGeometry>> mGeometries;
     std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> mLogicBuffers;
     unsigned int mTickMs = 0;
+    int mShadowLevel = -1;
+    kv_shared_ptr<CKVBasicMaterial> mMaterial;
 };
 
 } // namespace Kelvor

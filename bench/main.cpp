@@ -27,6 +27,7 @@ int main(int argc, char** argv)
         ok = CKVBenchRunner::runCommands(bench, options, report);
     } else if (options.path == "host") {
         CKVHostSceneBench bench;
+        bench.setShadowLevel(options.shadows);
         ok = CKVBenchRunner::runScene(bench, options, report);
     } else {
         CKVStockSceneBench bench;

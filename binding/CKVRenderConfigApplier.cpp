@@ -1,6 +1,7 @@
 #include "binding/CKVRenderConfigApplier.h"
 
 #include "effects/CKVPostProcessNode.h"
+#include "effects/CKVShadowGenerator.h"
 #include "programs/CKVProgramManager.h"
 #include "programs/CKVRenderStateManager.h"
 #include "viewer/CKVOSGCamera.h"
@@ -58,8 +59,10 @@ void CKVRenderConfigApplier::applySwitches(CKVRenderConfig const& config, bool a
     CKVRenderConfig const& stored = mConfig;
     auto changed = [&](auto getter) { return all || (stored.*getter)() != (config.*getter)(); };
 
-    // Atmosphere, SSAO level, shadow level and light propagation switch
-    // their effects here once those exist; the stored copy keeps the wish.
+    // Atmosphere, SSAO level and light propagation switch their effects
+    // here once those exist; the stored copy keeps the wish.
+    if (changed(&CKVRenderConfig::getShadowLevel))
+        applyShadowLevel(static_cast<int>(config.getShadowLevel()));
     if (changed(&CKVRenderConfig::getFogUse))
         applyFogSwitch(config.getFogUse());
     // Water reflection: the water node's switch, once it exists.
@@ -77,6 +80,19 @@ void CKVRenderConfigApplier::applySwitches(CKVRenderConfig const& config, bool a
         mRoot->applyRenderStyle(static_cast<int>(config.getRenderStyle()));
         ++mDefineChanges;
     }
+}
+
+void CKVRenderConfigApplier::applyShadowLevel(int level)
+{
+    CKVShadowGenerator* shadow = mRoot.valid() ? mRoot->getShadowGenerator() : nullptr;
+    if (!shadow)
+        return;
+    if (shadow->setShadowLevel(level))
+        ++mDefineChanges;
+    // The volumetric light's final pass reads the shadow maps under the
+    // shadow define, which its source lists.
+    if (mRoot->getVolumetricLightEnabled())
+        mRoot->rebuildProgram();
 }
 
 void CKVRenderConfigApplier::applyFogSwitch(bool on)
@@ -112,14 +128,19 @@ void CKVRenderConfigApplier::applyValues(CKVRenderConfig const& config)
     if (direction.length() > 0.0f)
         direction.normalize();
     mLightInfo.set(kLightDirection, direction.ptr(), 3);
+    CKVShadowGenerator* shadow = mRoot.valid() ? mRoot->getShadowGenerator() : nullptr;
     if (mRoot.valid())
         mRoot->setLightPosition(direction);
-    // The shadow generator and the atmosphere follow the light once they exist.
+    if (shadow)
+        shadow->setLightDirection(osg::Vec3d(direction));
+    // The atmosphere follows the light once it exists.
     mLightInfo.set(kLightIntensity, config.getLightIntensity());
     mLightInfo.set(kLightColor, toVec3(config.getAtmosphericColor()).ptr(), 3);
     mLightInfo.set(kAmbientColor, toVec3(config.getAmbientColor()).ptr(), 3);
     mLightInfo.set(kAmbientIntensity, config.getAmbientIntensity());
-    // Shadow and light propagation intensities: their effects, once they exist.
+    if (shadow)
+        shadow->setShadowIntensity(config.getShadowIntensity());
+    // Light propagation intensity: its effect, once it exists.
 
     if (mRoot.valid()) {
         getOrCreateRootUniform(kFogColor, osg::Uniform::FLOAT_VEC3)->set(toVec3(config.getFogColor()));

@@ -49,6 +49,9 @@ public:
 
 private:
     void applySwitches(CKVRenderConfig const& config, bool all);
+    // The shadow generator's level; the final pass follows when it lists
+    // the shadow define.
+    void applyShadowLevel(int level);
     void applyFogSwitch(bool on);
     void applyBackGroundDependents(CKVRenderConfig const& config);
     void applyValues(CKVRenderConfig const& config);

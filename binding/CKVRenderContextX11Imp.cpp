@@ -1,6 +1,8 @@
 #include "binding/CKVRenderContextX11Imp.h"
 
 #include "binding/CKVRenderContextCaptureListener.h"
+#include "effects/CKVPostProcessNode.h"
+#include "effects/CKVShadowGenerator.h"
 #include "programs/CKVRenderStateManager.h"
 #include "viewer/CKVFrameCapture.h"
 #include "viewer/CKVGraphicsWindowX11.h"
@@ -90,9 +92,10 @@ bool CKVRenderContextX11Imp::initialize(CKVGraphicsContext* graphicsContext)
     createUniformBlocks();
     loadEnvironmentTextures();
     createClipAndWeatherUniforms();
+    CKVScene* scene = graphicsContext->getScene();
     // The effects (atmosphere, HiZ, shadows, SSAO, LPV, water) join the root here as they land.
     // So does the weather geode with the rain and snow particle systems.
-    CKVScene* scene = graphicsContext->getScene();
+    getRoot()->setShadowGenerator(new CKVShadowGenerator(scene, getMainCamera(), getRoot()));
     createCachesAndScene(scene);
     window->setTickTarget(this);
     configureViewerState();

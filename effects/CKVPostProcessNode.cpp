@@ -5,6 +5,7 @@
 #include "effects/CKVFinalPass.h"
 #include "effects/CKVFullScreenGenerator.h"
 #include "effects/CKVSceneRenderTargets.h"
+#include "effects/CKVShadowGenerator.h"
 #include "environment/CBGGeode.h"
 #include "programs/CKVProgramManager.h"
 #include "scene/CKVOSGTransformNode.h"
@@ -212,6 +213,20 @@ void CKVPostProcessNode::setVolumetricLightGenerator(CKVFullScreenGenerator* gen
 void CKVPostProcessNode::setDOFGenerator(CKVFullScreenGenerator* generator)
 {
     setGenerator(mDOFGenerator, generator);
+}
+
+void CKVPostProcessNode::setShadowGenerator(CKVShadowGenerator* generator)
+{
+    if (generator == mShadow.get())
+        return;
+    if (mShadow.valid())
+        removeChild(mShadow.get());
+    mShadow = generator;
+    // First among the children, as the effects that prepare the scene
+    // pass's inputs are; the order of the passes themselves comes from
+    // their render order numbers.
+    if (mShadow.valid())
+        insertChild(0, mShadow.get());
 }
 
 void CKVPostProcessNode::relinkChain()

@@ -30,6 +30,7 @@ class CKVFullScreenGenerator;
 class CKVGISCamera;
 class CKVOSGCamera;
 class CKVSceneRenderTargets;
+class CKVShadowGenerator;
 
 // The root of everything the backend draws. When a full-screen effect is on
 // it renders the scene into its own targets (a pre-render pass), hands them
@@ -93,6 +94,12 @@ public:
     CKVFullScreenGenerator* getTAAGenerator() const { return mTAAGenerator.get(); }
     CKVFullScreenGenerator* getVolumetricLightGenerator() const { return mVolumetricLightGenerator.get(); }
     CKVFullScreenGenerator* getDOFGenerator() const { return mDOFGenerator.get(); }
+
+    // The shadow generator, a child of this node: its passes run before the
+    // scene pass whether or not a full-screen effect is on. Replaces any
+    // earlier one.
+    void setShadowGenerator(CKVShadowGenerator* generator);
+    CKVShadowGenerator* getShadowGenerator() const { return mShadow.get(); }
 
     // Points each effect at its input and the final pass at the last result.
     void relinkChain();
@@ -180,6 +187,7 @@ private:
     bool mDOFEnabled = false;
     osg::ref_ptr<CKVFullScreenGenerator> mDOFGenerator;
     bool mColorGradingEnabled = false;
+    osg::ref_ptr<CKVShadowGenerator> mShadow;
     std::vector<kv_shared_ptr<CKVSceneNode>> mSceneNodes;
     osg::ref_ptr<osg::Group> mGISGroup;
     osg::ref_ptr<CKVGISCamera> mGISCamera;

@@ -1,6 +1,7 @@
 #include "effects/CKVSceneGenerator.h"
 
 #include "scene/CKVOSGTransformNode.h"
+#include "viewer/CKVMatrixCullVisitor.h"
 
 #include "TarnwickRender/CKVSceneNode.h"
 #include "TarnwickRender/CKVSceneNodeStateSet.h"
@@ -99,6 +100,23 @@ void CKVSceneGenerator::traverse(osg::NodeVisitor& visitor)
     }
 }
 
+void CKVSceneGenerator::releaseGLObjects(osg::State* state) const
+{
+    CBGGroup::releaseGLObjects(state);
+    for (osg::ref_ptr<PassData> const& pass : mPasses)
+    {
+        pass->getCamera()->releaseGLObjects(state);
+        for (auto const& entry : pass->getCamera()->getBufferAttachmentMap())
+        {
+            if (entry.second._texture.valid())
+                entry.second._texture->releaseGLObjects(state);
+        }
+        pass->getStateSet()->releaseGLObjects(state);
+        for (unsigned int i = 0; i < pass->getNumVariants(); ++i)
+            pass->getVariant(i)->releaseGLObjects(state);
+    }
+}
+
 bool CKVSceneGenerator::acceptsSceneNode(CKVSceneNode const&, PassData const&) const
 {
     return true;
@@ -141,11 +159,17 @@ void CKVSceneGenerator::cullTransformNode(osgUtil::CullVisitor& visitor, CKVOSGT
     if (own)
         visitor.pushStateSet(own);
 
-    // Only the model view is pushed: the matrix hook then takes the pair
-    // (identity, model view), whose product is what the pass shaders use.
+    // Our cull visitor keeps the model matrix apart from the view, which
+    // passes that place geometry in world space themselves (shadow cascades)
+    // need; a stock visitor only has the model view.
     CKVTransformState const* transform = stateOf<CKVTransformState>(*sceneNode, CKVSceneNodeState::kTransform);
     bool const pushTransform = transform && transform->getTransformMode() != CKVTransformState::kNone;
-    if (pushTransform)
+    CKVMatrixCullVisitor* matrixVisitor = dynamic_cast<CKVMatrixCullVisitor*>(&visitor);
+    if (pushTransform && matrixVisitor)
+    {
+        matrixVisitor->pushTransform(node);
+    }
+    else if (pushTransform)
     {
         osg::ref_ptr<osg::RefMatrix> matrix = new osg::RefMatrix(*visitor.getModelViewMatrix());
         node.computeLocalToWorldMatrix(*matrix, &visitor);
@@ -161,7 +185,9 @@ void CKVSceneGenerator::cullTransformNode(osgUtil::CullVisitor& visitor, CKVOSGT
             cullChild(visitor, *child, pass);
     }
 
-    if (pushTransform)
+    if (pushTransform && matrixVisitor)
+        matrixVisitor->popTransform();
+    else if (pushTransform)
         visitor.popModelViewMatrix();
     if (own)
         visitor.popStateSet();

@@ -6,6 +6,7 @@
 #include <osg/Camera>
 #include <osg/Referenced>
 #include <osg/StateSet>
+#include <osg/observer_ptr>
 #include <osg/ref_ptr>
 
 #include <vector>
@@ -47,7 +48,9 @@ public:
 
     // One pass: a plain camera, the state set pushed around it, the subject
     // it draws, and the effect's variant state sets (instanced, terrain ...)
-    // that the filter pushes per node.
+    // that the filter pushes per node. The subject is not owned: it is often
+    // the root, which owns the generator; a subject of the generator's own
+    // is kept by the generator.
     class PassData : public osg::Referenced
     {
     public:
@@ -67,7 +70,7 @@ public:
     private:
         osg::ref_ptr<osg::Camera> mCamera;
         osg::ref_ptr<osg::StateSet> mStateSet;
-        osg::ref_ptr<osg::Node> mSubject;
+        osg::observer_ptr<osg::Node> mSubject;
         std::vector<osg::ref_ptr<osg::StateSet>> mVariants;
     };
 
@@ -92,6 +95,10 @@ public:
     // test, the node's own state set and transform, and its children
     // ("CKVOSGGeometry" to the cull visitor, others through this filter).
     virtual void cullChild(osgUtil::CullVisitor& visitor, osg::Node& child, PassData& pass);
+
+    // Reaches the pass cameras and their state sets, which are not children.
+    // Subjects are left to their owners: the root releases itself.
+    void releaseGLObjects(osg::State* state = nullptr) const override;
 
 protected:
     ~CKVSceneGenerator() override;

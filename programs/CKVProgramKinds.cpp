@@ -39,6 +39,7 @@ using Stage = CKVProgramKinds::Stage;
 using Kind = CKVProgramKinds::Kind;
 
 osg::Shader::Type const VS = osg::Shader::VERTEX;
+osg::Shader::Type const GS = osg::Shader::GEOMETRY;
 osg::Shader::Type const FS = osg::Shader::FRAGMENT;
 
 std::vector<Kind> makeKinds()
@@ -72,6 +73,17 @@ std::vector<Kind> makeKinds()
     Stage const depthClipFS{FS, CKVProgramKinds::kVersion, {"depth_clip.frag"},
                             CKVProgramKinds::kManualEmpty};
 
+    // Shadow casters: world position only; the geometry stage draws each
+    // triangle into all cascades at once.
+    Stage const casterVS{VS, CKVProgramKinds::kVersion, {"blocks", "world_position", "shadow_caster.vert"},
+                         CKVProgramKinds::kListens};
+    Stage const casterInstancedVS{VS, CKVProgramKinds::kVersion,
+                                  {"instanced", "blocks", "world_position", "shadow_caster.vert"},
+                                  CKVProgramKinds::kListens};
+    Stage const casterGS{GS, CKVProgramKinds::kVersion, {"shadow_cascades.geom"}, CKVProgramKinds::kListens};
+    Stage const casterFS{FS, CKVProgramKinds::kVersionBindless, {"shadow_moments", "shadow_caster.frag"},
+                         CKVProgramKinds::kListens};
+
     return {
         {1, {surfaceVS, surfaceFS}, surfaceDefines},
         {2,
@@ -101,6 +113,14 @@ std::vector<Kind> makeKinds()
           {FS, CKVProgramKinds::kVersion, {"frame_outputs", "text.frag"}, CKVProgramKinds::kListensPragma}},
          {TAA, SIL, VOL, CLP, "BACKDROP_COLOR", "SHADOW", "OUTLINE", "SIGNED_DISTANCE_FIELD",
           "TEXTURE_DIMENSION", "GLYPH_DIMENSION"}},
+        {14, {casterVS, casterGS, casterFS}, {NBT}},
+        {15, {casterInstancedVS, casterGS, casterFS}, {NBT}},
+        {16,
+         {casterVS,
+          {GS, CKVProgramKinds::kVersion, {"shadow_terrain", "shadow_cascades.geom"}, CKVProgramKinds::kListens},
+          {FS, CKVProgramKinds::kVersion, {"shadow_moments", "shadow_caster_terrain.frag"},
+           CKVProgramKinds::kListens}},
+         {NBT}},
         {20, {depthVS, depthEmptyFS}, {CLP}},
         {21, {depthInstancedVS, depthEmptyFS}, {CLP}},
         {23, {depthVS, depthClipFS}, {ANI, CLP}},

@@ -77,6 +77,24 @@ void CKVMatrixCullVisitor::apply(osg::Transform& node)
     mPairs.pop_back();
 }
 
+void CKVMatrixCullVisitor::pushTransform(osg::Transform const& node)
+{
+    MatrixPair const parent = currentPair();
+    osg::RefMatrix* model = createOrReuseMatrix(*parent.model);
+    node.computeLocalToWorldMatrix(*model, this);
+    osg::RefMatrix* view = node.getReferenceFrame() == osg::Transform::RELATIVE_RF ? parent.view : mIdentity.get();
+    pushPair(model, view);
+    osg::RefMatrix* modelView = createOrReuseMatrix(*getModelViewMatrix());
+    node.computeLocalToWorldMatrix(*modelView, this);
+    pushModelViewMatrix(modelView, node.getReferenceFrame());
+}
+
+void CKVMatrixCullVisitor::popTransform()
+{
+    popModelViewMatrix();
+    mPairs.pop_back();
+}
+
 void CKVMatrixCullVisitor::apply(osg::Camera& camera)
 {
     MatrixPair const parent = currentPair();

@@ -57,6 +57,13 @@ public:
     osg::RefMatrix* getCurrentModelMatrix() { return currentPair().model; }
     osg::RefMatrix* getCurrentViewMatrix() { return currentPair().view; }
 
+    // For cull callbacks that walk a transform's children themselves (the
+    // scene passes of the frame effects): pushes the model view matrix and
+    // the (model, view) pair just as apply(Transform) does, so that the
+    // shaders still see the node's own model matrix. Pop with popTransform.
+    void pushTransform(osg::Transform const& node);
+    void popTransform();
+
 protected:
     ~CKVMatrixCullVisitor() override;
 

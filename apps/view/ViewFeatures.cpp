@@ -16,7 +16,7 @@ struct FeatureRow
 constexpr FeatureRow kFeatures[] = {
     {ViewFeature::kEdges, "edges", false},
     {ViewFeature::kAtmosphere, "the atmosphere and sky", false},
-    {ViewFeature::kShadows, "shadows", false},
+    {ViewFeature::kShadows, "shadows", true},
     {ViewFeature::kAmbientOcclusion, "ambient occlusion", false},
 };
 

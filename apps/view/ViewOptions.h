@@ -31,6 +31,8 @@ struct ViewOptions
     Background background = Background::kDefault;
     std::array<double, 3> backgroundColour{};
     bool fog = false;
+    // Shadows are on unless --no-shadows turns them off.
+    bool shadows = true;
     bool help = false;
     bool version = false;
 };

@@ -19,6 +19,14 @@ char const* const kBackgroundNames[kBackgroundCount] = {"grey", "white", "gradie
 
 // Fog thick enough to show on a house seen from 30-60 m.
 constexpr float kViewerFogDensity = 0.01f;
+// Maps of 2048 texels: sharp enough for a house, quick in software GL.
+constexpr CKVRenderConfig::RenderLevel kViewerShadowLevel = CKVRenderConfig::kLevelMedium;
+// An afternoon sun over the left shoulder of the default (iso) view, strong
+// against the ambient light, so that the building's shadows fall visibly
+// on its plot and its own faces.
+CKVVec3<float> const kSunDirection(-0.35f, -0.75f, 0.56f);
+constexpr float kSunIntensity = 3.0f;
+constexpr float kAmbientIntensity = 0.3f;
 
 constexpr int kSkyBackground = 3;
 
@@ -43,11 +51,13 @@ bool backgroundAvailable(int index)
 ViewRenderSettings::ViewRenderSettings()
 {
     setBackground(0);
+    setLight();
 }
 
 ViewRenderSettings::ViewRenderSettings(ViewOptions const& options)
 {
     setBackground(0);
+    setLight();
     if (options.style >= 0)
         mConfig.setRenderStyle(static_cast<CKVRenderConfig::RenderStyle>(options.style));
     switch (options.background) {
@@ -72,6 +82,8 @@ ViewRenderSettings::ViewRenderSettings(ViewOptions const& options)
         mConfig.setFogUse(true);
         mConfig.setFogDensity(kViewerFogDensity);
     }
+    if (options.shadows)
+        mConfig.setShadowLevel(kViewerShadowLevel);
 }
 
 char const* ViewRenderSettings::styleName(CKVRenderConfig::RenderStyle style)
@@ -87,6 +99,13 @@ char const* ViewRenderSettings::styleName(CKVRenderConfig::RenderStyle style)
         return "edges only";
     }
     return "unknown";
+}
+
+void ViewRenderSettings::setLight()
+{
+    mConfig.setLightPosition(kSunDirection);
+    mConfig.setLightIntensity(kSunIntensity);
+    mConfig.setAmbientIntensity(kAmbientIntensity);
 }
 
 void ViewRenderSettings::setBackground(int index)
@@ -150,7 +169,7 @@ std::string ViewRenderSettings::toggleShadows()
     if (!ViewFeatures::isAvailable(ViewFeature::kShadows))
         return ViewFeatures::notAvailable(ViewFeature::kShadows);
     bool const on = mConfig.getShadowLevel() == CKVRenderConfig::kLevelOff;
-    mConfig.setShadowLevel(on ? CKVRenderConfig::kLevelMedium : CKVRenderConfig::kLevelOff);
+    mConfig.setShadowLevel(on ? kViewerShadowLevel : CKVRenderConfig::kLevelOff);
     return std::string("shadows: ") + onOff(on);
 }
 

@@ -34,6 +34,7 @@ public:
 
 private:
     void setBackground(int index);
+    void setLight();
 
     CKVRenderConfig mConfig;
     int mBackground = 0;

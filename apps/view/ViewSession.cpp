@@ -1,5 +1,7 @@
 #include "apps/view/ViewSession.h"
 
+#include "apps/view/ViewShadowCasters.h"
+
 #include "TarnwickRender/CKVRCApplyCamera.h"
 #include "TarnwickRender/CKVRCApplyRenderConfig.h"
 #include "TarnwickRender/CKVRCGetCapture.h"
@@ -50,6 +52,7 @@ bool ViewSession::start(CKVWindowDataX11 const& window, ViewContent const& conte
         mContext = nullptr;
         return false;
     }
+    ViewShadowCasters::mark(*content.root);
     mModel = new CKVGraphicsModel;
     mModel->setField(0, new CKVGraphicsModelField(content.root.get()));
     if (!mContext->setGraphicsModel(mModel.get())) {

@@ -69,7 +69,7 @@ TEST(ViewOptionParserTest, ModelNamesAndRenderOptions)
 {
     ViewOptions options;
     ASSERT_TRUE(parse({"house.ifc", "--capture", "out.png", "--view", "front", "--style", "shaded", "--background",
-                       "#FF8000", "--fog"},
+                       "#FF8000", "--fog", "--no-shadows"},
                       options));
     EXPECT_EQ(options.modelPath, "house.ifc");
     EXPECT_EQ(options.capturePath, "out.png");
@@ -80,6 +80,7 @@ TEST(ViewOptionParserTest, ModelNamesAndRenderOptions)
     EXPECT_NEAR(options.backgroundColour[1], 128.0 / 255.0, 1e-12);
     EXPECT_DOUBLE_EQ(options.backgroundColour[2], 0.0);
     EXPECT_TRUE(options.fog);
+    EXPECT_FALSE(options.shadows);
 
     std::string error;
     ViewOptions refused;
@@ -107,6 +108,12 @@ TEST(ViewRenderSettingsTest, OptionsAndKeysReachTheRenderConfiguration)
     ViewKeyBindings keys(settings);
     EXPECT_EQ(keys.handleKey('f', 0).message, "fog: off");
     EXPECT_FALSE(settings.getConfig().getFogUse());
+    // Shadows are on by default; the key turns them off and on again.
+    EXPECT_NE(settings.getConfig().getShadowLevel(), CKVRenderConfig::kLevelOff);
+    EXPECT_EQ(keys.handleKey('d', 0).message, "shadows: off");
+    EXPECT_EQ(settings.getConfig().getShadowLevel(), CKVRenderConfig::kLevelOff);
+    EXPECT_EQ(keys.handleKey('d', 0).message, "shadows: on");
+
     EXPECT_EQ(keys.handleKey('q', 0).action, ViewKeyBindings::Action::kQuit);
     EXPECT_EQ(keys.handleKey(0, CKVEvent::kEscape | CKVEvent::kShift).action, ViewKeyBindings::Action::kQuit);
     EXPECT_EQ(keys.handleKey('r', 0).action, ViewKeyBindings::Action::kResetView);

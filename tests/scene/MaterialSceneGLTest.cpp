@@ -3,6 +3,7 @@
 // textures, transparency, highlight, error images and the render
 // configuration switches that change how surfaces shade.
 #include "MaterialTestSupport.h"
+#include "SceneShapes.h"
 
 #include "binding/RenderContextFixture.h"
 
@@ -41,39 +42,6 @@ unsigned int const kCaptureHeight = 120;
 // llvmpipe is deterministic, but drivers of other machines round shading a
 // little differently; edges may move by a pixel.
 ImageTolerance const kTolerance{10, 0.01};
-
-// An axis-aligned box with its own normals and texture coordinates per face.
-kv_shared_ptr<CKVLogicBufferGeometry> boxShape(float sx, float sy, float sz)
-{
-    std::vector<float> vertices, normals, uvs;
-    std::vector<unsigned int> indices;
-    auto face = [&](osg::Vec3f n, osg::Vec3f u, osg::Vec3f v) {
-        unsigned int const base = static_cast<unsigned int>(vertices.size() / 3);
-        osg::Vec3f const centre(n.x() * sx, n.y() * sy, n.z() * sz);
-        osg::Vec3f const du(u.x() * sx, u.y() * sy, u.z() * sz);
-        osg::Vec3f const dv(v.x() * sx, v.y() * sy, v.z() * sz);
-        osg::Vec3f const corners[4] = {centre - du - dv, centre + du - dv, centre + du + dv, centre - du + dv};
-        float const tex[8] = {0, 0, 1, 0, 1, 1, 0, 1};
-        for (int i = 0; i < 4; ++i) {
-            vertices.insert(vertices.end(), {corners[i].x(), corners[i].y(), corners[i].z()});
-            normals.insert(normals.end(), {n.x(), n.y(), n.z()});
-            uvs.insert(uvs.end(), {tex[i * 2], tex[i * 2 + 1]});
-        }
-        indices.insert(indices.end(), {base, base + 1, base + 2, base, base + 2, base + 3});
-    };
-    face({1, 0, 0}, {0, 1, 0}, {0, 0, 1});
-    face({-1, 0, 0}, {0, -1, 0}, {0, 0, 1});
-    face({0, 1, 0}, {-1, 0, 0}, {0, 0, 1});
-    face({0, -1, 0}, {1, 0, 0}, {0, 0, 1});
-    face({0, 0, 1}, {1, 0, 0}, {0, 1, 0});
-    face({0, 0, -1}, {-1, 0, 0}, {0, 1, 0});
-    kv_shared_ptr<CKVLogicBufferGeometry> shape(new CKVLogicBufferGeometry);
-    shape->setVertexData(CKVVertexBufferAttribute::kVertex, vertices.data(), static_cast<unsigned int>(vertices.size()));
-    shape->setVertexData(CKVVertexBufferAttribute::kNormal, normals.data(), static_cast<unsigned int>(normals.size()));
-    shape->setVertexData(CKVVertexBufferAttribute::kTexCoord, uvs.data(), static_cast<unsigned int>(uvs.size()));
-    shape->setIndexData(indices.data(), static_cast<unsigned int>(indices.size()));
-    return shape;
-}
 
 // A checker of two colours in squares of 8 by 8 texels.
 osg::ref_ptr<osg::Image> checker(osg::Vec4ub a, osg::Vec4ub b)
@@ -157,7 +125,7 @@ protected:
         node->getStateSet()->addState(transform);
 
         kv_shared_ptr<CKVBufferGeometry> geometry(CKVRenderCallback::createBufferGeometry());
-        kv_shared_ptr<CKVLogicBufferGeometry> shape = boxShape(sx, sy, sz);
+        kv_shared_ptr<CKVLogicBufferGeometry> shape = SceneShapes::boxShape(sx, sy, sz);
         EXPECT_TRUE(geometry->addLogicBuffer(shape.get()));
         send(new CKVRCInsertRenderObject(node.get(), geometry.get()));
         send(new CKVRCAttachSceneData(node.get()));
