@@ -1,6 +1,7 @@
 #include "apps/view/IfcGeometryExtractor.h"
 
 #include "apps/view/IfcMessageSink.h"
+#include "apps/view/IfcStructureCycleCheck.h"
 #include "apps/view/IfcUtf8.h"
 
 #include <ifcpp/IFC4/include/IfcGloballyUniqueId.h>
@@ -15,6 +16,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <string>
 
 namespace Kelvor {
 
@@ -194,6 +196,12 @@ bool IfcGeometryExtractor::extract(IfcModel const& model, std::vector<IfcProduct
     shared_ptr<BuildingModel> building = model.getBuildingModel();
     if (!building) {
         mError = "no IFC model to convert";
+        return false;
+    }
+
+    int const loop = IfcStructureCycleCheck::findLoop(*building);
+    if (loop >= 0) {
+        mError = "the file's spatial structure contains itself (entity #" + std::to_string(loop) + ")";
         return false;
     }
 
