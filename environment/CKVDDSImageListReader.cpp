@@ -1,12 +1,14 @@
 #include "environment/CKVDDSImageListReader.h"
 
 #include <osg/GL>
+#include <osg/Notify>
 #include <osg/Texture>
 #include <osgDB/FileNameUtils>
 #include <osgDB/FileUtils>
 #include <osgDB/Registry>
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -58,14 +60,14 @@ struct Format
     unsigned int pixelBytes = 0;  // uncompressed: bytes of a pixel
 };
 
-std::uint32_t word(std::vector<unsigned char> const& data, std::size_t offset)
+std::uint32_t word(unsigned char const* data, std::size_t offset)
 {
     std::uint32_t value = 0;
-    std::memcpy(&value, data.data() + offset, 4);
+    std::memcpy(&value, data + offset, 4);
     return value;  // DDS is little-endian, as are the machines we run on
 }
 
-bool formatOf(std::vector<unsigned char> const& file, Format& format)
+bool formatOf(unsigned char const* file, Format& format)
 {
     std::size_t const pf = kHeaderStart + 72;
     std::uint32_t const flags = word(file, pf + 4);
@@ -128,37 +130,71 @@ bool formatOf(std::vector<unsigned char> const& file, Format& format)
     return false;
 }
 
-std::size_t levelBytes(Format const& format, unsigned int width, unsigned int height)
+// The bytes of one level, or false when the count does not fit in 64 bits.
+// Headers come from files: every product is checked, since a width of
+// 0xFFFFFFFF or a 2^30 x 2^30 float image wraps plain arithmetic.
+bool levelBytes(Format const& format, std::uint32_t width, std::uint32_t height, std::uint64_t& bytes)
 {
-    if (format.blockBytes)
-        return std::size_t((width + 3) / 4) * ((height + 3) / 4) * format.blockBytes;
-    return std::size_t(width) * height * format.pixelBytes;
+    constexpr std::uint64_t kBlockSide = 4;
+    if (format.blockBytes) {
+        std::uint64_t const across = (std::uint64_t(width) + kBlockSide - 1) / kBlockSide;
+        std::uint64_t const down = (std::uint64_t(height) + kBlockSide - 1) / kBlockSide;
+        return !__builtin_mul_overflow(across, down, &bytes) &&
+               !__builtin_mul_overflow(bytes, std::uint64_t(format.blockBytes), &bytes);
+    }
+    return !__builtin_mul_overflow(std::uint64_t(width), std::uint64_t(height), &bytes) &&
+           !__builtin_mul_overflow(bytes, std::uint64_t(format.pixelBytes), &bytes);
+}
+
+// A chain ends at 1x1: more levels than that are a damaged header.
+unsigned int fullChainLength(std::uint32_t width, std::uint32_t height)
+{
+    unsigned int levels = 1;
+    for (std::uint32_t side = std::max(width, height); side > 1; side /= 2)
+        ++levels;
+    return levels;
+}
+
+bool refuse(std::string const& name, std::string const& reason, std::string* error,
+            CKVDDSImageListReader::ImageList& faces)
+{
+    faces.clear();
+    if (error)
+        *error = name + ": " + reason;
+    return false;
 }
 
 } // namespace
 
-bool CKVDDSImageListReader::readFaces(std::string const& path, ImageList& faces)
+bool CKVDDSImageListReader::readFaces(std::string const& path, ImageList& faces, std::string* error)
 {
     faces.clear();
     std::ifstream stream(path, std::ios::binary);
     if (!stream)
-        return false;
+        return refuse(path, "cannot be opened", error, faces);
     std::vector<unsigned char> const file((std::istreambuf_iterator<char>(stream)),
                                           std::istreambuf_iterator<char>());
-    if (file.size() < kDataStart || word(file, 0) != kMagic || word(file, kHeaderStart) != 124)
-        return false;
+    return readFaces(file.data(), file.size(), path, faces, error);
+}
+
+bool CKVDDSImageListReader::readFaces(unsigned char const* bytes, std::size_t size, std::string const& name,
+                                      ImageList& faces, std::string* error)
+{
+    faces.clear();
+    if (size < kDataStart || word(bytes, 0) != kMagic || word(bytes, kHeaderStart) != 124)
+        return refuse(name, "not a DDS file", error, faces);
 
     Format format;
-    if (!formatOf(file, format))
-        return false;
-    unsigned int const height = word(file, kHeaderStart + 8);
-    unsigned int const width = word(file, kHeaderStart + 12);
+    if (!formatOf(bytes, format))
+        return refuse(name, "pixel format not supported", error, faces);
+    std::uint32_t const height = word(bytes, kHeaderStart + 8);
+    std::uint32_t const width = word(bytes, kHeaderStart + 12);
     if (width == 0 || height == 0)
-        return false;
+        return refuse(name, "empty image size", error, faces);
     unsigned int levels = 1;
-    if (word(file, kHeaderStart + 4) & kFlagMipMapCount)
-        levels = std::max(1u, word(file, kHeaderStart + 24));
-    std::uint32_t const caps2 = word(file, kHeaderStart + 108);
+    if (word(bytes, kHeaderStart + 4) & kFlagMipMapCount)
+        levels = std::clamp(word(bytes, kHeaderStart + 24), 1u, fullChainLength(width, height));
+    std::uint32_t const caps2 = word(bytes, kHeaderStart + 108);
     bool const cube = (caps2 & kCaps2CubeMap) != 0;
     // A cube file holds only the faces its flags list; a partial cube is
     // read as what it has, and callers that need six see fewer.
@@ -169,33 +205,41 @@ bool CKVDDSImageListReader::readFaces(std::string const& path, ImageList& faces)
             faceCount += (caps2 & bit) ? 1 : 0;
     }
 
+    // Every level is checked against what the file holds before anything is
+    // allocated, so a header cannot ask for more memory than the file's size.
+    std::uint64_t const available = size - kDataStart;
+    std::uint64_t faceBytes = 0;
+    std::vector<unsigned int> mipmapOffsets;
+    for (unsigned int level = 0, w = width, h = height; level < levels; ++level) {
+        std::uint64_t bytesOfLevel = 0;
+        if (!levelBytes(format, w, h, bytesOfLevel) || bytesOfLevel > available - faceBytes)
+            return refuse(name,
+                          "image size " + std::to_string(width) + "x" + std::to_string(height) +
+                              " needs more bytes than the file holds",
+                          error, faces);
+        if (level > 0)
+            mipmapOffsets.push_back(static_cast<unsigned int>(faceBytes));
+        faceBytes += bytesOfLevel;
+        w = std::max(1u, w / 2);
+        h = std::max(1u, h / 2);
+    }
+    if (faceBytes * faceCount > available || width > unsigned(INT_MAX) || height > unsigned(INT_MAX) ||
+        faceBytes > UINT_MAX)
+        return refuse(name, std::to_string(faceCount) + " faces need more bytes than the file holds", error,
+                      faces);
+
     std::size_t offset = kDataStart;
     for (unsigned int face = 0; face < faceCount; ++face) {
-        osg::Image::MipmapDataType mipmaps;
-        std::size_t faceBytes = 0;
-        unsigned int w = width;
-        unsigned int h = height;
-        for (unsigned int level = 0; level < levels; ++level) {
-            if (level > 0)
-                mipmaps.push_back(static_cast<unsigned int>(faceBytes));
-            faceBytes += levelBytes(format, w, h);
-            w = std::max(1u, w / 2);
-            h = std::max(1u, h / 2);
-        }
-        if (offset + faceBytes > file.size()) {
-            faces.clear();
-            return false;
-        }
         auto* data = new unsigned char[faceBytes];
-        std::memcpy(data, file.data() + offset, faceBytes);
+        std::memcpy(data, bytes + offset, faceBytes);
         offset += faceBytes;
 
         osg::ref_ptr<osg::Image> image = new osg::Image;
-        image->setFileName(path);
+        image->setFileName(name);
         image->setImage(static_cast<int>(width), static_cast<int>(height), 1, format.internalFormat,
                         format.pixelFormat, format.type, data, osg::Image::USE_NEW_DELETE);
-        if (!mipmaps.empty())
-            image->setMipmapLevels(mipmaps);
+        if (!mipmapOffsets.empty())
+            image->setMipmapLevels(mipmapOffsets);
         faces.push_back(image);
     }
     return true;
@@ -219,8 +263,11 @@ osgDB::ReaderWriter::ReadResult CKVDDSImageListReader::readImage(std::string con
                          : nullptr;
     if (list && osgDB::getLowerCaseFileExtension(filename) == "dds") {
         std::string const path = osgDB::findDataFile(filename, options);
-        if (!path.empty() && readFaces(path, *list) && !list->empty())
+        std::string error;
+        if (!path.empty() && readFaces(path, *list, &error) && !list->empty())
             return osgDB::ReaderWriter::ReadResult(list->front().get());
+        if (!error.empty())
+            OSG_WARN << "DDS image list: " << error << std::endl;
         list->clear();
     }
     return osgDB::Registry::instance()->readImageImplementation(filename, options);

@@ -29,9 +29,14 @@ public:
     static osg::ref_ptr<osgDB::Options> createOptions(ImageList* list);
 
     // The faces of a cube file, or of a plain texture its one image, each a
-    // complete osg::Image. False, with `faces` empty, for a file that is not
-    // a DDS file of a format this reader knows.
-    static bool readFaces(std::string const& path, ImageList& faces);
+    // complete osg::Image. False, with `faces` empty and `error` (when given)
+    // naming the file and the reason, for a file that is not a DDS file of a
+    // format this reader knows or whose header asks for more than it holds.
+    static bool readFaces(std::string const& path, ImageList& faces, std::string* error = nullptr);
+    // The same from bytes in memory; `name` is what images and messages
+    // carry as the file's name.
+    static bool readFaces(unsigned char const* bytes, std::size_t size, std::string const& name,
+                          ImageList& faces, std::string* error = nullptr);
 
     osgDB::ReaderWriter::ReadResult readImage(std::string const& filename,
                                               osgDB::Options const* options) override;

@@ -2,6 +2,7 @@
 
 #include "apps/ifc/IfcMessageSink.h"
 #include "apps/ifc/IfcOpeningDeepener.h"
+#include "apps/ifc/IfcStructureCycleCheck.h"
 #include "apps/ifc/IfcUtf8.h"
 
 #include <ifcpp/IFC4/include/IfcGloballyUniqueId.h>
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <string>
 
 namespace Kelvor {
 
@@ -195,6 +197,12 @@ bool IfcGeometryExtractor::extract(IfcModel const& model, std::vector<IfcProduct
     shared_ptr<BuildingModel> building = model.getBuildingModel();
     if (!building) {
         mError = "no IFC model to convert";
+        return false;
+    }
+
+    int const loop = IfcStructureCycleCheck::findLoop(*building);
+    if (loop >= 0) {
+        mError = "the file's spatial structure contains itself (entity #" + std::to_string(loop) + ")";
         return false;
     }
 

@@ -245,6 +245,11 @@ bool crosses(double const* p, double const* q, double const* r, CKVPoint3D const
     return u >= 0.0 && v >= 0.0 && u + v <= 1.0 && t >= 0.0 && t <= 1.0;
 }
 
+// Box A and box B aggregate each other below the project.
+std::string const kBoxesAggregateEachOther = "#60=IFCRELAGGREGATES('0Loop000000000000000a1',$,$,$,#6,(#27));\n"
+                                              "#61=IFCRELAGGREGATES('0Loop000000000000000a2',$,$,$,#27,(#38));\n"
+                                              "#62=IFCRELAGGREGATES('0Loop000000000000000a3',$,$,$,#38,(#27));\n";
+
 } // namespace
 
 TEST_F(IfcImportTest, Ifc4MappedShapeIsDrawnOnceWithAnInstanceAtEachPlacement)
@@ -426,6 +431,10 @@ TEST_F(IfcImportTest, BrokenFilesFailWithAReasonAndAnEmptyScene)
             "#1=IFCNOSUCHTHING(1,2);\nENDSEC;\nEND-ISO-10303-21;\n",
             "no IFC entities");
     addFile("cut_boxes.ifc", kMappedBoxesIfc4.substr(0, kMappedBoxesIfc4.size() / 2), "truncated");
+    // A decomposition loop: the geometry converter would recurse without end.
+    std::string looped = kMappedBoxesIfc4;
+    looped.insert(looped.find("ENDSEC;", looped.find("DATA;")), kBoxesAggregateEachOther);
+    addFile("loop.ifc", looped, "contains itself");
     if (exists(kHausPath)) {
         std::string const haus = apptest::readWhole(kHausPath);
         addFile("half_haus.ifc", haus.substr(0, haus.size() / 2), "truncated");

@@ -203,7 +203,8 @@ TEST_F(ViewContentTest, BoundsFollowInstancesAndNodeTransformsBeforeAnyPacking)
     ASSERT_TRUE(box.valid());
     expectPoint(box.minPt(), -5.0, 0.0, 100.0);
     expectPoint(box.maxPt(), 11.0, 1.0, 100.0);
-    EXPECT_FALSE(ViewContentBounds::compute(*CKVRenderCallback::createSceneNode()).valid());
+    kv_shared_ptr<CKVSceneNode> const empty(CKVRenderCallback::createSceneNode());
+    EXPECT_FALSE(ViewContentBounds::compute(*empty).valid());
 }
 
 TEST_F(ViewContentTest, OpenSceneGraphFilesArriveInWorldCoordinatesWithTheirColours)

@@ -40,9 +40,20 @@ std::string fragmentSource(CKVPostProcessNode& root)
     return root.getProgram()->getShader(1)->getShaderSource();
 }
 
-// One cull of `root` as the main camera's scene, without GL; the stage is
-// returned for inspection.
-osg::ref_ptr<osgUtil::RenderStage> cull(osg::Node& root, osg::Camera& camera)
+// What one cull made. The render bins list the state graphs by plain
+// pointer, and the root graph owns them: it is kept with the stage so that
+// the bins can be read after the cull.
+struct Culled
+{
+    osg::ref_ptr<osgUtil::RenderStage> stage;
+    osg::ref_ptr<osgUtil::StateGraph> graph;
+    osgUtil::RenderStage* operator->() const { return stage.get(); }
+    osgUtil::RenderStage& operator*() const { return *stage; }
+};
+
+// One cull of `root` as the main camera's scene, without GL, returned for
+// inspection.
+Culled cull(osg::Node& root, osg::Camera& camera)
 {
     osg::ref_ptr<osgUtil::CullVisitor> visitor = new osgUtil::CullVisitor;
     osg::ref_ptr<osgUtil::StateGraph> graph = new osgUtil::StateGraph;
@@ -58,7 +69,7 @@ osg::ref_ptr<osgUtil::RenderStage> cull(osg::Node& root, osg::Camera& camera)
     visitor->popModelViewMatrix();
     visitor->popProjectionMatrix();
     visitor->popViewport();
-    return stage;
+    return {stage, graph};
 }
 
 std::vector<osg::Camera const*> preRenderCameras(osgUtil::RenderStage& stage)
@@ -250,7 +261,7 @@ TEST(CKVPostProcessChainTest, StepsAsideWhenNothingIsOnAndPassesInOrderWhenActiv
     root->setVolumetricLightGenerator(light.get());
     root->setSilhouetteGenerator(silhouette.get());
 
-    osg::ref_ptr<osgUtil::RenderStage> stage = cull(*root, *main);
+    Culled stage = cull(*root, *main);
     EXPECT_TRUE(stage->getPreRenderList().empty());
     // The box, straight into the window's stage; no final triangle.
     EXPECT_EQ(leafCount(*stage), 1u);

@@ -11,9 +11,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdint>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <unistd.h>
 #include <string>
+#include <utility>
+#include <vector>
 
 using namespace Kelvor;
 
@@ -80,4 +85,64 @@ TEST(DDSImageListReaderTest, PlainTruncatedOrForeignFilesGiveNoCube)
     std::remove(plain.c_str());
     std::remove(truncated.c_str());
     std::remove(png.c_str());
+}
+
+// Headers that ask for more than the file holds: each is refused before
+// anything is allocated, with a message naming the file. Words are indices
+// into the file as 32-bit little-endian words (magic at 0).
+TEST(DDSImageListReaderTest, DamagedHeadersAreRefusedWithTheFileName)
+{
+    constexpr unsigned int kFlags = 2, kHeight = 3, kWidth = 4, kMipCount = 7;
+    constexpr unsigned int kPixelFlags = 20, kFourCC = 21;
+    constexpr std::uint32_t kMipMapFlag = 0x20000, kFourCCFlag = 0x4, kFloatRGBA = 116;
+    constexpr std::uint32_t kDXT1 = 0x31545844;
+    struct Case
+    {
+        char const* name;
+        std::vector<std::pair<unsigned int, std::uint32_t>> words;
+        bool headerOnly;  // cut the file after its 128-byte header
+    };
+    Case const cases[] = {
+        {"mip count 0xFFFFFFFF", {{kFlags, 0x1007 | kMipMapFlag}, {kMipCount, 0xFFFFFFFFu}}, true},
+        {"2^30 x 2^30 RGBA32F",
+         {{kHeight, 1u << 30}, {kWidth, 1u << 30}, {kPixelFlags, kFourCCFlag}, {kFourCC, kFloatRGBA}},
+         false},
+        {"DXT1 width 0xFFFFFFFF", {{kWidth, 0xFFFFFFFFu}, {kPixelFlags, kFourCCFlag}, {kFourCC, kDXT1}}, false},
+        {"width 2^31 RGBA8", {{kWidth, 0x80000000u}}, false},
+    };
+    std::string const path = tempPath("damaged.dds");
+    ASSERT_TRUE(DDSTestFile::write(path, 4, DDSTestFile::sixColours()));
+    std::ifstream in(path, std::ios::binary);
+    std::vector<unsigned char> const valid((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::remove(path.c_str());
+
+    for (Case const& c : cases) {
+        std::vector<unsigned char> bytes = valid;
+        if (c.headerOnly)
+            bytes.resize(128);
+        for (auto const& [index, value] : c.words)
+            std::memcpy(bytes.data() + 4 * index, &value, 4);
+        CKVDDSImageListReader::ImageList faces;
+        std::string error;
+        EXPECT_FALSE(CKVDDSImageListReader::readFaces(bytes.data(), bytes.size(), "sky/damaged.dds", faces, &error))
+            << c.name;
+        EXPECT_TRUE(faces.empty()) << c.name;
+        EXPECT_NE(error.find("sky/damaged.dds"), std::string::npos) << c.name << ": " << error;
+    }
+}
+
+TEST(DDSImageListReaderTest, MipCountBeyondTheChainIsClampedToIt)
+{
+    std::string const path = tempPath("clamped.dds");
+    ASSERT_TRUE(DDSTestFile::write(path, 4, DDSTestFile::sixColours(), 3));
+    std::ifstream in(path, std::ios::binary);
+    std::vector<unsigned char> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::remove(path.c_str());
+    std::uint32_t const count = 0xFFFFFFFFu;
+    std::memcpy(bytes.data() + 4 * 7, &count, 4);
+
+    CKVDDSImageListReader::ImageList faces;
+    ASSERT_TRUE(CKVDDSImageListReader::readFaces(bytes.data(), bytes.size(), "clamped.dds", faces));
+    ASSERT_EQ(faces.size(), 6u);
+    EXPECT_EQ(faces[5]->getNumMipmapLevels(), 3u) << "4x4 has a chain of three levels";
 }

@@ -1,10 +1,10 @@
+#include "UniformBlockTestSupport.h"
+
 #include "programs/CKVProgramManager.h"
 #include "support/GLTest.h"
 
 #include <gtest/gtest.h>
 
-#include <osg/BufferIndexBinding>
-#include <osg/BufferObject>
 #include <osg/Geode>
 #include <osg/Geometry>
 #include <osg/Texture2D>
@@ -37,22 +37,6 @@ int displayByte(float linear)
 std::vector<float> neutralLight()
 {
     return {0, kPi / 3.5f, 0, 0, 0, 0, 1, 0, 1, 1, 1, 0, 1, 1, 1, 0};
-}
-
-std::vector<float> identities(int count)
-{
-    std::vector<float> data;
-    for (int m = 0; m < count; ++m)
-        data.insert(data.end(), osg::Matrixf().ptr(), osg::Matrixf().ptr() + 16);
-    return data;
-}
-
-void bindBlock(osg::StateSet& stateSet, unsigned int index, std::vector<float> const& values)
-{
-    osg::ref_ptr<osg::FloatArray> data = new osg::FloatArray(values.begin(), values.end());
-    data->setBufferObject(new osg::UniformBufferObject);
-    stateSet.setAttributeAndModes(
-        new osg::UniformBufferBinding(index, data.get(), 0, values.size() * sizeof(float)));
 }
 
 // A full-height band facing the viewer with its normal along +z; `instance`

@@ -1,10 +1,10 @@
+#include "UniformBlockTestSupport.h"
+
 #include "programs/CKVProgramManager.h"
 #include "support/GLTest.h"
 
 #include <gtest/gtest.h>
 
-#include <osg/BufferIndexBinding>
-#include <osg/BufferObject>
 #include <osg/Geode>
 #include <osg/Geometry>
 #include <osg/Uniform>
@@ -47,22 +47,6 @@ float sweepValue(int i)
 osg::Vec3 bandLinear(int band)
 {
     return {sweepValue(band), sweepValue(band + kBands), sweepValue(band + 2 * kBands)};
-}
-
-void bindBlock(osg::StateSet& stateSet, unsigned int index, std::vector<float> const& values)
-{
-    osg::ref_ptr<osg::FloatArray> data = new osg::FloatArray(values.begin(), values.end());
-    data->setBufferObject(new osg::UniformBufferObject);
-    stateSet.setAttributeAndModes(
-        new osg::UniformBufferBinding(index, data.get(), 0, values.size() * sizeof(float)));
-}
-
-std::vector<float> identities(int count)
-{
-    std::vector<float> data;
-    for (int m = 0; m < count; ++m)
-        data.insert(data.end(), osg::Matrixf().ptr(), osg::Matrixf().ptr() + 16);
-    return data;
 }
 
 // LightInfo without direct light and with an ambient term equal to the

@@ -2,6 +2,8 @@
 
 #include "support/GLTestContext.h"
 
+#include <osg/DisplaySettings>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -18,6 +20,16 @@ namespace Kelvor {
 class DisplayTest : public ::testing::Test
 {
 protected:
+    // A render context asks for GL3 shaders process-wide, and the stock
+    // OpenSceneGraph state of later tests then changes. Every test leaves
+    // the hint (and the shader values it sets) as it found it, so that a
+    // test program gives the same results run as one process as run one
+    // test per process. Restored in the destructor, after every derived
+    // fixture's TearDown has closed its contexts. (DisplaySettings' own copy
+    // does not carry the hint over, hence the hint alone.)
+    DisplayTest() : mShaderHint(osg::DisplaySettings::instance()->getShaderHint()) {}
+    ~DisplayTest() override { osg::DisplaySettings::instance()->setShaderHint(mShaderHint, true); }
+
     void SetUp() override
     {
         std::string reason;
@@ -37,6 +49,9 @@ protected:
         char const* required = std::getenv("TARNWICK_REQUIRE_DISPLAY");
         return required != nullptr && std::strcmp(required, "1") == 0;
     }
+
+private:
+    osg::DisplaySettings::ShaderHint mShaderHint;
 };
 
 } // namespace Kelvor

@@ -12,7 +12,6 @@
 #include "TarnwickRender/CKVCamera.h"
 #include "TarnwickRender/CKVVisibilityState.h"
 
-#include <osg/DisplaySettings>
 #include <osgDB/ReadFile>
 
 #include <cstdio>
@@ -59,7 +58,6 @@ protected:
         RenderContextFixture::SetUp();
         if (IsSkipped() || HasFatalFailure())
             return;
-        mShaderHint = osg::DisplaySettings::instance()->getShaderHint();
         // Larger than the fixture's window: the handle starts 200 pixels wide.
         mHost = std::make_unique<TestHostWindow>(kSize, kSize);
         ASSERT_TRUE(mHost->valid());
@@ -71,14 +69,6 @@ protected:
         mScene.setRenderConfig(config);
         ASSERT_NE(start(), nullptr);
         takeOverTicks();
-    }
-
-    void TearDown() override
-    {
-        RenderContextFixture::TearDown();
-        // A render context asks for GL3 shaders process-wide; the stock-state
-        // tests that share this program expect the default.
-        osg::DisplaySettings::instance()->setShaderHint(mShaderHint, false);
     }
 
     void look(CKVPoint3D const& position)
@@ -126,7 +116,6 @@ protected:
     }
 
     CKVCamera mCamera;
-    osg::DisplaySettings::ShaderHint mShaderHint = osg::DisplaySettings::SHADER_NONE;
 };
 
 TEST_F(AxisHandleGLTest, ArrowsFillTheBottomLeftCornerAndShrinkAtTheFirstResize)
