@@ -3,41 +3,19 @@
 // ground plate, captured as a host captures, at the map sizes of the
 // levels, with and without the caster option, at the two ends of the
 // shadow intensity; and what a level change rebuilds.
-#include "binding/RenderContextFixture.h"
-#include "scene/MaterialTestSupport.h"
+#include "scene/LitSceneFixture.h"
 #include "scene/SceneShapes.h"
 
 #include "effects/CKVPostProcessNode.h"
 #include "effects/CKVShadowGenerator.h"
 #include "effects/KawaseBlurGeometry.h"
-#include "support/GoldenImage.h"
 
-#include "TarnwickGeometry/CKVMatrix3D.h"
-#include "TarnwickRender/CKVBufferGeometry.h"
-#include "TarnwickRender/CKVLogicBufferGeometry.h"
-#include "TarnwickRender/CKVMaterialState.h"
-#include "TarnwickRender/CKVRCApplyCamera.h"
-#include "TarnwickRender/CKVRCApplyRenderConfig.h"
-#include "TarnwickRender/CKVRCAttachSceneData.h"
-#include "TarnwickRender/CKVRCInsertRenderObject.h"
 #include "TarnwickRender/CKVRenderOptionState.h"
-#include "TarnwickRender/CKVSceneNode.h"
-#include "TarnwickRender/CKVSceneNodeStateSet.h"
-#include "TarnwickRender/CKVTransformState.h"
 
-#include <osgDB/ReadFile>
-
-#include <cstdio>
-#include <string>
 #include <vector>
 
 namespace Kelvor {
 namespace {
-
-unsigned int const kCaptureWidth = 128;
-unsigned int const kCaptureHeight = 96;
-// As the other scene goldens: drivers round shading a little differently.
-ImageTolerance const kTolerance{10, 0.01};
 
 double brightness(osg::Image const& image)
 {
@@ -68,45 +46,20 @@ double darkenedFraction(osg::Image const& shadowed, osg::Image const& plain)
     return double(darker) / (plain.s() * plain.t());
 }
 
-class ShadowGLTest : public RenderContextFixture
+class ShadowGLTest : public LitSceneFixture
 {
 protected:
-    void SetUp() override
+    ShadowGLTest() : LitSceneFixture({128, 96, CKVPoint3D(7.0, -11.0, 9.0), CKVPoint3D(0.0, 0.0, 0.0)}) {}
+
+    void configure(CKVRenderConfig& config) override
     {
-        RenderContextFixture::SetUp();
-        if (IsSkipped() || HasFatalFailure())
-            return;
-        CKVBackGroundConfig background;
-        background.setBackGroundColor(CKVPoint3D(0.55, 0.65, 0.8));
-        mConfig.setBackGroundConfig(background);
         // A low sun, so that shadows fall long and wide across the plate.
-        mConfig.setLightPosition(CKVVec3<float>(-0.6f, 0.45f, 0.65f));
-        mConfig.setLightIntensity(6.0f);
-        mConfig.setAmbientIntensity(0.3f);
-        mConfig.setShadowLevel(CKVRenderConfig::kLevelLow);
-        mConfig.setShadowIntensity(0.3f);
-        mScene.setRenderConfig(mConfig);
-        ASSERT_NE(start(), nullptr);
-        takeOverTicks();
-
-        mCamera.setProjectMode(CKVCamera::kPerspective);
-        mCamera.setFieldOfView(40.0);
-        mCamera.setAspect(double(kCaptureWidth) / kCaptureHeight);
-        mCamera.setNearFar(0.5, 100.0);
-        mCamera.setLookAt(CKVPoint3D(7.0, -11.0, 9.0), CKVPoint3D(0.0, 0.0, 0.0), CKVVector3D(0.0, 0.0, 1.0));
-        send(new CKVRCApplyCamera(mCamera));
+        config.setLightPosition(CKVVec3<float>(-0.6f, 0.45f, 0.65f));
+        config.setLightIntensity(6.0f);
+        config.setAmbientIntensity(0.3f);
+        config.setShadowLevel(CKVRenderConfig::kLevelLow);
+        config.setShadowIntensity(0.3f);
     }
-
-    void send(CKVRenderCommand* command)
-    {
-        kv_shared_ptr<CKVRenderCommand> held(command);
-        CKVRenderCommandCache* cache = mContext->getRenderCommandCache();
-        cache->write(held.get());
-        cache->finish();
-        mContext->onTick(++mTickMs);
-    }
-
-    void applyConfig() { send(new CKVRCApplyRenderConfig(mConfig)); }
 
     CKVShadowGenerator* shadow() const { return mContext->getRoot()->getShadowGenerator(); }
 
@@ -117,32 +70,14 @@ protected:
     {
         kv_shared_ptr<CKVBasicMaterial> material(new CKVBasicMaterial);
         material->setRGBA(colour.r(), colour.g(), colour.b(), 255);
-        kv_shared_ptr<CKVSceneNode> node(CKVRenderCallback::createSceneNode());
         CKVProgramParam param;
-        material->getProgramParam(param);
         if (shapes.size() > 1)
             param.addParam(CKVProgramParam::kUseInstanceMatrix);
-        node->setProgramParam(param);
-        node->getStateSet()->addState(new CKVMaterialState(material.get()));
-        CKVTransformState* transform = new CKVTransformState;
-        transform->setTransformMode(CKVTransformState::kMatrix);
-        transform->setMatrix(CKVMatrix3D::translation(CKVVector3D(position.x, position.y, position.z)));
-        node->getStateSet()->addState(transform);
         CKVRenderOptionState* options = new CKVRenderOptionState;
         if (!casts)
             options->removeRenderOption(CKVRenderOptionState::kCastShadow);
-        node->getStateSet()->addState(options);
-
-        kv_shared_ptr<CKVBufferGeometry> geometry(CKVRenderCallback::createBufferGeometry());
-        for (auto const& shape : shapes)
-            EXPECT_TRUE(geometry->addLogicBuffer(shape.get()));
-        send(new CKVRCInsertRenderObject(node.get(), geometry.get()));
-        send(new CKVRCAttachSceneData(node.get()));
-        mKeep.insert(mKeep.end(), shapes.begin(), shapes.end());
-        mGeometries.push_back(geometry);
         mMaterials.push_back(material);
-        mNodes.push_back(node);
-        return node;
+        return LitSceneFixture::addNode(material.get(), shapes, position, param, options);
     }
 
     void addBox(CKVPoint3D const& position, float sx, float sy, float sz, osg::Vec3ub const& colour,
@@ -152,25 +87,6 @@ protected:
     }
 
     void addGround() { addBox(CKVPoint3D(0, 0, -0.05), 6.0f, 6.0f, 0.05f, osg::Vec3ub(190, 190, 180)); }
-
-    // The frame as the host's capture writes it.
-    osg::ref_ptr<osg::Image> capture()
-    {
-        for (int i = 0; i < 2; ++i)
-            mContext->onTick(++mTickMs);
-        std::string const path = mFolder.file("capture.png");
-        std::remove(path.c_str());
-        bool written = false;
-        CKVCamera const camera = mCamera;
-        EXPECT_TRUE(tickWith(
-            [&](CKVRenderContext* context) {
-                return context->getCapture(path.c_str(), CKVVec2<unsigned int>(kCaptureWidth, kCaptureHeight),
-                                           camera, false);
-            },
-            &written));
-        EXPECT_TRUE(written);
-        return written ? osgDB::readRefImageFile(path) : nullptr;
-    }
 
     // How much of the picture the current configuration darkens against
     // the same picture with shadows off.
@@ -188,20 +104,7 @@ protected:
         return darkenedFraction(*shadowed, *plain);
     }
 
-    void expectGolden(char const* name)
-    {
-        osg::ref_ptr<osg::Image> image = capture();
-        ASSERT_TRUE(image.valid());
-        expectMatchesGolden(*image, name, kTolerance);
-    }
-
-    MaterialTestSupport::TempFolder mFolder;
-    CKVRenderConfig mConfig;
-    CKVCamera mCamera;
-    std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> mKeep;
-    std::vector<kv_shared_ptr<CKVBufferGeometry>> mGeometries;
     std::vector<kv_shared_ptr<CKVBasicMaterial>> mMaterials;
-    std::vector<kv_shared_ptr<CKVSceneNode>> mNodes;
 };
 
 kv_shared_ptr<CKVLogicBufferGeometry> instanceAt(double x)
@@ -260,12 +163,12 @@ TEST_F(ShadowGLTest, IntensityLiftsTheShadowFloor)
     applyConfig();
     osg::ref_ptr<osg::Image> black = capture();
     ASSERT_TRUE(black.valid());
-    expectMatchesGolden(*black, "shadow_intensity_0", kTolerance);
+    expectGolden(*black, "shadow_intensity_0");
     mConfig.setShadowIntensity(1.0f);
     applyConfig();
     osg::ref_ptr<osg::Image> light = capture();
     ASSERT_TRUE(light.valid());
-    expectMatchesGolden(*light, "shadow_intensity_1", kTolerance);
+    expectGolden(*light, "shadow_intensity_1");
     EXPECT_LT(brightness(*black), brightness(*light));
 }
 

@@ -29,9 +29,9 @@ using programtest::buildVariant;
 using programtest::DefineSet;
 using programtest::describe;
 
-// None, each alone, each pair and all of the kind's defines, each set with
-// `always` added.
-std::vector<DefineSet> combinations(DefineSet const& listened, DefineSet const& always, bool withPairs)
+// None, each alone and all of the kind's defines, each set with `always`
+// added. (Every small subset is built by the define combinations test.)
+std::vector<DefineSet> combinations(DefineSet const& listened, DefineSet const& always)
 {
     DefineSet varying;
     for (std::string const& d : listened)
@@ -40,12 +40,8 @@ std::vector<DefineSet> combinations(DefineSet const& listened, DefineSet const& 
             varying.push_back(d);
     }
     std::vector<DefineSet> sets = {{}};
-    for (std::size_t i = 0; i < varying.size(); ++i)
-    {
-        sets.push_back({varying[i]});
-        for (std::size_t j = i + 1; withPairs && j < varying.size(); ++j)
-            sets.push_back({varying[i], varying[j]});
-    }
+    for (std::string const& d : varying)
+        sets.push_back({d});
     sets.push_back(varying);
     for (DefineSet& s : sets)
         s.insert(s.end(), always.begin(), always.end());
@@ -56,7 +52,7 @@ class ProgramVariantsGLTest : public GLTest
 {
 protected:
     // Builds every combination for the kind and reports the first failures.
-    void expectAllVariantsBuild(unsigned int kind, DefineSet const& always, bool withPairs)
+    void expectAllVariantsBuild(unsigned int kind, DefineSet const& always)
     {
         CKVProgramKinds::Kind const* entry = CKVProgramKinds::find(kind);
         ASSERT_NE(entry, nullptr) << "kind " << kind;
@@ -65,7 +61,7 @@ protected:
 
         int failures = 0;
         bool const ran = context().runWithContext([&](osg::State& state) {
-            for (DefineSet const& defines : combinations(entry->defines, always, withPairs))
+            for (DefineSet const& defines : combinations(entry->defines, always))
             {
                 std::string const problems = buildVariant(*program, state, defines);
                 if (problems.empty() || ++failures > 3)
@@ -79,27 +75,11 @@ protected:
     }
 };
 
-TEST_F(ProgramVariantsGLTest, SurfaceBuildsUnderEveryPairOfDefines)
-{
-    expectAllVariantsBuild(1, {kNotBindless}, true);
-    // Kind 3 is the same source with _USE_PBR always on.
-    expectAllVariantsBuild(3, {kNotBindless, "_USE_PBR"}, false);
-}
-
-TEST_F(ProgramVariantsGLTest, FlatReflectedAndDepthBuildUnderEveryPairOfDefines)
-{
-    expectAllVariantsBuild(2, {}, true);
-    expectAllVariantsBuild(6, {kNotBindless}, true);
-    expectAllVariantsBuild(7, {kNotBindless}, true);
-    for (unsigned int kind : {20u, 21u, 23u, 24u})
-        expectAllVariantsBuild(kind, {}, true);
-}
-
 // llvmpipe has no bindless textures, and its compiler rejects the bindless
 // layout unless the extension is on. Mesa can be asked to advertise it, which
 // lets the bindless branches be compiled and linked (nothing draws through
 // them). The request must come before the first context of a process and
-// would hide a missing guard from the tests above, so this test runs itself
+// would hide a missing guard from the other build tests, so this test runs itself
 // again in a child process that has it.
 TEST_F(ProgramVariantsGLTest, BindlessBranchesBuildWhereTheExtensionIsOn)
 {
@@ -127,8 +107,8 @@ TEST_F(ProgramVariantsGLTest, BindlessBranchesBuildWhereTheExtensionIsOn)
         GTEST_SKIP() << "this driver cannot be made to accept GL_ARB_bindless_texture";
     // Without _USE_NOT_BINDLESS_TEXTURE: the albedo and noise samplers are
     // handles.
-    expectAllVariantsBuild(1, {"_USE_TEXTURE", "_USE_ANTI_REPEAR_TEXTURE"}, false);
-    expectAllVariantsBuild(6, {}, false);
+    expectAllVariantsBuild(1, {"_USE_TEXTURE", "_USE_ANTI_REPEAR_TEXTURE"});
+    expectAllVariantsBuild(6, {});
 }
 
 // Turning a root define on recompiles only the shaders that listen to it.

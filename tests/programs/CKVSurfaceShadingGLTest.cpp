@@ -133,22 +133,44 @@ protected:
     } mManager;
 };
 
+// The surface programs tone-map and encode as the reference curve; the
+// extra outputs of the main pass are written after the colour and must
+// leave it as it was.
 TEST_F(SurfaceShadingGLTest, ToneMapsAndEncodesLinearColoursAsTheReferenceCurve)
 {
+    struct Case
+    {
+        CKVProgramParam::Type type;
+        std::vector<char const*> defines;
+    };
+    std::vector<Case> const cases = {
+        {CKVProgramParam::kSurface, {}},
+        {CKVProgramParam::kSurface, {"_USE_TAA", "_USE_SILHOUETTE", "_USE_VOLUMETRICLIGHT"}},
+        {CKVProgramParam::kReflectedSurface, {}},
+    };
     // Dark, mid, bright and far-over-white linear values in each channel.
     std::vector<osg::Vec3> const linear = {
         {0.0f, 0.05f, 0.18f}, {0.5f, 1.0f, 2.0f}, {4.0f, 0.01f, 0.3f}, {16.0f, 0.7f, 0.002f}};
-    osg::ref_ptr<osg::Geode> scene = makeScene(CKVProgramParam::kSurface, 0);
-    for (std::size_t i = 0; i < linear.size(); ++i)
-        scene->addDrawable(band(-1.0f + 0.5f * i, -0.5f + 0.5f * i, encoded(linear[i])));
-    osg::ref_ptr<osg::Image> image = render(scene.get());
-    ASSERT_TRUE(image.valid());
-
-    for (std::size_t i = 0; i < linear.size(); ++i)
+    for (std::size_t k = 0; k < cases.size(); ++k)
     {
-        EXPECT_TRUE(rgbNear(pixel(*image, 16 * static_cast<int>(i) + 8, 8), displayByte(linear[i].x()),
-                            displayByte(linear[i].y()), displayByte(linear[i].z())))
-            << "band " << i;
+        osg::ref_ptr<osg::Geode> scene = makeScene(cases[k].type, 0);
+        osg::StateSet* stateSet = scene->getOrCreateStateSet();
+        // The reflection's mirror and water plane: no mirroring, no cut.
+        stateSet->addUniform(new osg::Uniform("reflectMatrix", osg::Matrixf()));
+        stateSet->addUniform(new osg::Uniform("waterPlane", osg::Vec4(0.0f, 0.0f, 0.0f, 0.0f)));
+        for (char const* define : cases[k].defines)
+            stateSet->setDefine(define);
+        for (std::size_t i = 0; i < linear.size(); ++i)
+            scene->addDrawable(band(-1.0f + 0.5f * i, -0.5f + 0.5f * i, encoded(linear[i])));
+        osg::ref_ptr<osg::Image> image = render(scene.get());
+        ASSERT_TRUE(image.valid()) << "case " << k;
+
+        for (std::size_t i = 0; i < linear.size(); ++i)
+        {
+            EXPECT_TRUE(rgbNear(pixel(*image, 16 * static_cast<int>(i) + 8, 8), displayByte(linear[i].x()),
+                                displayByte(linear[i].y()), displayByte(linear[i].z())))
+                << "case " << k << ", band " << i;
+        }
     }
 }
 

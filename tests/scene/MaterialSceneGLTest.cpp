@@ -2,46 +2,22 @@
 // commands only and captured the way a host captures a frame: lighting,
 // textures, transparency, highlight, error images and the render
 // configuration switches that change how surfaces shade.
+#include "LitSceneFixture.h"
 #include "MaterialTestSupport.h"
 #include "SceneShapes.h"
 
-#include "binding/RenderContextFixture.h"
-
 #include "effects/CKVPostProcessNode.h"
-#include "support/GoldenImage.h"
 
-#include "TarnwickGeometry/CKVMatrix3D.h"
-#include "TarnwickRender/CKVBufferGeometry.h"
-#include "TarnwickRender/CKVCamera.h"
-#include "TarnwickRender/CKVLogicBufferGeometry.h"
-#include "TarnwickRender/CKVMaterialState.h"
 #include "TarnwickRender/CKVPhysicalMaterial.h"
-#include "TarnwickRender/CKVRCApplyCamera.h"
-#include "TarnwickRender/CKVRCApplyRenderConfig.h"
-#include "TarnwickRender/CKVRCAttachSceneData.h"
-#include "TarnwickRender/CKVRCInsertRenderObject.h"
 #include "TarnwickRender/CKVRCUpdateClipTest.h"
-#include "TarnwickRender/CKVSceneNode.h"
-#include "TarnwickRender/CKVSceneNodeStateSet.h"
-#include "TarnwickRender/CKVTransformState.h"
 
 #include <osg/Texture2D>
-#include <osgDB/ReadFile>
 #include <osgDB/WriteFile>
 
-#include <cstdio>
 #include <string>
-#include <vector>
 
 namespace Kelvor {
 namespace {
-
-unsigned int const kCaptureWidth = 160;
-unsigned int const kCaptureHeight = 120;
-
-// llvmpipe is deterministic, but drivers of other machines round shading a
-// little differently; edges may move by a pixel.
-ImageTolerance const kTolerance{10, 0.01};
 
 // A checker of two colours in squares of 8 by 8 texels.
 osg::ref_ptr<osg::Image> checker(osg::Vec4ub a, osg::Vec4ub b)
@@ -62,42 +38,18 @@ osg::ref_ptr<osg::Image> checker(osg::Vec4ub a, osg::Vec4ub b)
     return image;
 }
 
-class MaterialSceneGLTest : public RenderContextFixture
+class MaterialSceneGLTest : public LitSceneFixture
 {
 protected:
-    void SetUp() override
+    MaterialSceneGLTest() : LitSceneFixture({160, 120, CKVPoint3D(7.0, -11.0, 7.0), CKVPoint3D(0.0, 0.0, 0.5)}) {}
+
+    void configure(CKVRenderConfig& config) override
     {
-        RenderContextFixture::SetUp();
-        if (IsSkipped() || HasFatalFailure())
-            return;
-        CKVBackGroundConfig background;
-        background.setBackGroundColor(CKVPoint3D(0.55, 0.65, 0.8));
-        mConfig.setBackGroundConfig(background);
         // A strong sun over a weak ambient, so that faces differ by their
         // angle to the light and physically based surfaces, which have no
         // ambient term without image-based lighting, are seen.
-        mConfig.setLightIntensity(6.0f);
-        mConfig.setAmbientIntensity(0.2f);
-        mScene.setRenderConfig(mConfig);
-        ASSERT_NE(start(), nullptr);
-        takeOverTicks();
-
-        mCamera.setProjectMode(CKVCamera::kPerspective);
-        mCamera.setFieldOfView(40.0);
-        mCamera.setAspect(double(kCaptureWidth) / kCaptureHeight);
-        mCamera.setNearFar(0.5, 100.0);
-        mCamera.setLookAt(CKVPoint3D(7.0, -11.0, 7.0), CKVPoint3D(0.0, 0.0, 0.5), CKVVector3D(0.0, 0.0, 1.0));
-        send(new CKVRCApplyCamera(mCamera));
-    }
-
-    // Commands go through the host's cache and are drained by the next tick.
-    void send(CKVRenderCommand* command)
-    {
-        kv_shared_ptr<CKVRenderCommand> held(command);
-        CKVRenderCommandCache* cache = mContext->getRenderCommandCache();
-        cache->write(held.get());
-        cache->finish();
-        mContext->onTick(++mTickMs);
+        config.setLightIntensity(6.0f);
+        config.setAmbientIntensity(0.2f);
     }
 
     std::string writeTexture(char const* name, osg::Image const& image)
@@ -107,32 +59,15 @@ protected:
         return path;
     }
 
-    // A node holding one box of half sizes (sx, sy, sz) at `position`, with
-    // the material's program and `extra` program switches.
+    // A box of half sizes (sx, sy, sz) at `position`, with the material's
+    // program and `extra` program switches.
     kv_shared_ptr<CKVSceneNode> addBox(CKVBasicMaterial* material, CKVPoint3D const& position, float sx, float sy,
                                        float sz, unsigned int extra = 0)
     {
-        kv_shared_ptr<CKVSceneNode> node(CKVRenderCallback::createSceneNode());
         CKVProgramParam param;
-        material->getProgramParam(param);
         if (extra)
             param.addParam(static_cast<CKVProgramParam::Param>(extra));
-        node->setProgramParam(param);
-        node->getStateSet()->addState(new CKVMaterialState(material));
-        CKVTransformState* transform = new CKVTransformState;
-        transform->setTransformMode(CKVTransformState::kMatrix);
-        transform->setMatrix(CKVMatrix3D::translation(CKVVector3D(position.x, position.y, position.z)));
-        node->getStateSet()->addState(transform);
-
-        kv_shared_ptr<CKVBufferGeometry> geometry(CKVRenderCallback::createBufferGeometry());
-        kv_shared_ptr<CKVLogicBufferGeometry> shape = SceneShapes::boxShape(sx, sy, sz);
-        EXPECT_TRUE(geometry->addLogicBuffer(shape.get()));
-        send(new CKVRCInsertRenderObject(node.get(), geometry.get()));
-        send(new CKVRCAttachSceneData(node.get()));
-        mKeep.push_back(shape);
-        mGeometries.push_back(geometry);
-        mNodes.push_back(node);
-        return node;
+        return addNode(material, {SceneShapes::boxShape(sx, sy, sz)}, position, param);
     }
 
     static kv_shared_ptr<CKVBasicMaterial> colour(unsigned char r, unsigned char g, unsigned char b,
@@ -150,44 +85,7 @@ protected:
         addBox(mGround.get(), CKVPoint3D(0, 0, -0.05), 5.0f, 5.0f, 0.05f);
     }
 
-    void applyConfig()
-    {
-        send(new CKVRCApplyRenderConfig(mConfig));
-    }
-
-    // The frame as the host's capture writes it.
-    osg::ref_ptr<osg::Image> capture()
-    {
-        for (int i = 0; i < 2; ++i)
-            mContext->onTick(++mTickMs);
-        std::string const path = mFolder.file("capture.png");
-        std::remove(path.c_str());
-        bool written = false;
-        CKVCamera const camera = mCamera;
-        EXPECT_TRUE(tickWith(
-            [&](CKVRenderContext* context) {
-                return context->getCapture(path.c_str(), CKVVec2<unsigned int>(kCaptureWidth, kCaptureHeight),
-                                           camera, false);
-            },
-            &written));
-        EXPECT_TRUE(written);
-        return written ? osgDB::readRefImageFile(path) : nullptr;
-    }
-
-    void expectGolden(char const* name)
-    {
-        osg::ref_ptr<osg::Image> image = capture();
-        ASSERT_TRUE(image.valid());
-        expectMatchesGolden(*image, name, kTolerance);
-    }
-
-    MaterialTestSupport::TempFolder mFolder;
-    CKVRenderConfig mConfig;
-    CKVCamera mCamera;
     kv_shared_ptr<CKVBasicMaterial> mGround;
-    std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> mKeep;
-    std::vector<kv_shared_ptr<CKVBufferGeometry>> mGeometries;
-    std::vector<kv_shared_ptr<CKVSceneNode>> mNodes;
 };
 
 } // namespace
