@@ -134,8 +134,9 @@ TEST(ViewRenderSettingsTest, EffectsNotDrawnYetAreRefusedOrSaidSo)
     std::string error;
     EXPECT_EQ(parse({"--style", "lines"}, options, &error), edges) << error;
     EXPECT_EQ(parse({"--background", "sky"}, options, &error), atmosphere) << error;
-    if (!atmosphere)
+    if (!atmosphere) {
         EXPECT_NE(error.find("not available"), std::string::npos) << error;
+    }
 
     ViewRenderSettings settings;
     ViewKeyBindings keys(settings);
@@ -164,7 +165,8 @@ TEST(ViewRenderSettingsTest, EffectsNotDrawnYetAreRefusedOrSaidSo)
         bool const before = effect.isOn(settings.getConfig());
         std::string const message = keys.handleKey(effect.key, 0).message;
         EXPECT_EQ(effect.isOn(settings.getConfig()), available ? !before : before) << message;
-        if (!available)
+        if (!available) {
             EXPECT_EQ(message, ViewFeatures::notAvailable(effect.feature));
+        }
     }
 }
