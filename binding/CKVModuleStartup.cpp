@@ -21,11 +21,23 @@ namespace {
 // Zero-initialised before any code of the library runs.
 bool gStaticallyInitialised = false;
 
+// Storage for the registration whose own destructor does nothing: the
+// library's finaliser releases the registration. In a program that links the
+// backend's objects directly (the tests, the viewer), static destructors run
+// before the finaliser, and a holder destroyed there would leave the
+// finaliser a dead object to release.
+union RegistrationHolder
+{
+    RegistrationHolder() : object() {}
+    ~RegistrationHolder() {}
+    kv_shared_ptr<CKVRegCallbackFunction> object;
+};
+
 // Function-local, so that it exists whenever the load entry runs.
 kv_shared_ptr<CKVRegCallbackFunction>& registration()
 {
-    static kv_shared_ptr<CKVRegCallbackFunction> object;
-    return object;
+    static RegistrationHolder holder;
+    return holder.object;
 }
 
 } // namespace
