@@ -61,7 +61,7 @@ std::vector<Kind> makeKinds()
     std::vector<std::string> const reflectedInstancedDefines = {TEX, SHD, ATM, FOG, INS,
                                                                 ANI, RAN, SNW, NBT};
     Stage const reflectedFS{FS, CKVProgramKinds::kVersionBindless,
-                            {"blocks", "shading", "reflected.frag"}, CKVProgramKinds::kListens};
+                            {"blocks", "shading", "albedo_sampler", "reflected.frag"}, CKVProgramKinds::kListens};
 
     Stage const depthVS{VS, CKVProgramKinds::kVersion, {"blocks", "world_position", "depth.vert"},
                         CKVProgramKinds::kListens};
@@ -81,7 +81,7 @@ std::vector<Kind> makeKinds()
                                   {"instanced", "blocks", "world_position", "shadow_caster.vert"},
                                   CKVProgramKinds::kListens};
     Stage const casterGS{GS, CKVProgramKinds::kVersion, {"shadow_cascades.geom"}, CKVProgramKinds::kListens};
-    Stage const casterFS{FS, CKVProgramKinds::kVersionBindless, {"shadow_moments", "shadow_caster.frag"},
+    Stage const casterFS{FS, CKVProgramKinds::kVersionBindless, {"shadow_moments", "albedo_sampler", "shadow_caster.frag"},
                          CKVProgramKinds::kListens};
 
     return {

@@ -8,14 +8,9 @@ in vec3 pos_W;
 in float vAnimationClipTest;
 #endif
 
-// Sampled whatever the material: an untextured material reads black here
-// and brings its colour through AlbedoColor_V4, a textured one has that
-// colour at zero.
-#ifndef _USE_NOT_BINDLESS_TEXTURE
-layout(bindless_sampler) uniform sampler2D Albedo_Tx;
-#else
-uniform sampler2D Albedo_Tx;
-#endif
+// Albedo_Tx (albedo_sampler) is sampled whatever the material: an
+// untextured material reads black there and brings its colour through
+// AlbedoColor_V4, a textured one has that colour at zero.
 uniform vec4 AlbedoColor_V4;
 
 #ifdef _USE_WEATHER_RAIN

@@ -6,11 +6,6 @@
 
 in vec2 uvGs;
 
-#ifndef _USE_NOT_BINDLESS_TEXTURE
-layout(bindless_sampler) uniform sampler2D Albedo_Tx;
-#else
-uniform sampler2D Albedo_Tx;
-#endif
 uniform vec4 AlbedoColor_V4;
 
 void main()
