@@ -1,6 +1,7 @@
 #include "binding/CKVRenderConfigApplier.h"
 
 #include "effects/CKVPostProcessNode.h"
+#include "effects/CKVSSAOGenerator.h"
 #include "effects/CKVShadowGenerator.h"
 #include "programs/CKVProgramManager.h"
 #include "programs/CKVRenderStateManager.h"
@@ -59,10 +60,12 @@ void CKVRenderConfigApplier::applySwitches(CKVRenderConfig const& config, bool a
     CKVRenderConfig const& stored = mConfig;
     auto changed = [&](auto getter) { return all || (stored.*getter)() != (config.*getter)(); };
 
-    // Atmosphere, SSAO level and light propagation switch their effects
-    // here once those exist; the stored copy keeps the wish.
+    // Atmosphere and light propagation switch their effects here once
+    // those exist; the stored copy keeps the wish.
     if (changed(&CKVRenderConfig::getShadowLevel))
         applyShadowLevel(static_cast<int>(config.getShadowLevel()));
+    if (changed(&CKVRenderConfig::getSSAOLevel))
+        applySSAOLevel(static_cast<int>(config.getSSAOLevel()));
     if (changed(&CKVRenderConfig::getFogUse))
         applyFogSwitch(config.getFogUse());
     // Water reflection: the water node's switch, once it exists.
@@ -93,6 +96,13 @@ void CKVRenderConfigApplier::applyShadowLevel(int level)
     // shadow define, which its source lists.
     if (mRoot->getVolumetricLightEnabled())
         mRoot->rebuildProgram();
+}
+
+void CKVRenderConfigApplier::applySSAOLevel(int level)
+{
+    CKVSSAOGenerator* ssao = mRoot.valid() ? mRoot->getSSAOGenerator() : nullptr;
+    if (ssao && ssao->setSSAOLevel(level))
+        ++mDefineChanges;
 }
 
 void CKVRenderConfigApplier::applyFogSwitch(bool on)

@@ -52,6 +52,8 @@ private:
     // The shadow generator's level; the final pass follows when it lists
     // the shadow define.
     void applyShadowLevel(int level);
+    // The ambient occlusion generator's level.
+    void applySSAOLevel(int level);
     void applyFogSwitch(bool on);
     void applyBackGroundDependents(CKVRenderConfig const& config);
     void applyValues(CKVRenderConfig const& config);

@@ -2,6 +2,7 @@
 
 #include "binding/CKVCameraUniforms.h"
 #include "effects/CKVPostProcessNode.h"
+#include "effects/CKVSSAOGenerator.h"
 #include "picking/CKVScenePicker.h"
 #include "programs/CKVProgramManager.h"
 #include "programs/CKVRenderStateManager.h"
@@ -94,6 +95,9 @@ constexpr unsigned int kEntityInfoFloats = 32;   // model and last model matrix
 constexpr unsigned int kLightInfoFloats = 16;
 
 char const* const kScreenSize = "ScreenSize";
+// Until a viewport says otherwise.
+constexpr float kDefaultScreenWidth = 800.0f;
+constexpr float kDefaultScreenHeight = 600.0f;
 char const* const kClipPlaneCount = "ClipPlaneCount_I";
 char const* const kClipPlaneArr = "ClipPlaneArr";
 char const* const kRainIntensity = "RainIntensity";
@@ -195,7 +199,10 @@ void CKVRenderContextImp::createUniformBlocks()
 
     mLightInfo = CKVUniformBlock(2, kLightInfoFloats);
     stateSet->addUniform(new osg::Uniform(CKVCameraUniforms::kCameraPosition, osg::Vec3f(0.0f, 0.0f, 0.0f)));
-    stateSet->addUniform(new osg::Uniform(kScreenSize, osg::Vec2f(800.0f, 600.0f)));
+    osg::Viewport const* viewport = mMainCamera->getViewport();
+    stateSet->addUniform(new osg::Uniform(
+        kScreenSize, osg::Vec2f(viewport ? static_cast<float>(viewport->width()) : kDefaultScreenWidth,
+                                viewport ? static_cast<float>(viewport->height()) : kDefaultScreenHeight)));
     stateSet->addUniform(
         new osg::Uniform(CKVCameraUniforms::kFixedProjection, osg::Matrixf(mMainCamera->getProjectionMatrix())));
     stateSet->addUniform(new osg::Uniform(CKVCameraUniforms::kScaleOnlyView, osg::Matrixf()));
@@ -544,8 +551,6 @@ bool CKVRenderContextImp::setViewPort(int width, int height)
     resizeViews(width, height);
     if (mAxisHandle.valid())
         mAxisHandle->resize(width, height);
-    if (osg::Uniform* uniform = rootUniform(kScreenSize))
-        uniform->set(osg::Vec2f(static_cast<float>(width), static_cast<float>(height)));
     return true;
 }
 
@@ -559,7 +564,13 @@ void CKVRenderContextImp::resizeViews(int width, int height)
     mConfigApplier.getBackGrounds().resize(width, height);
     if (mRoot.valid())
         mRoot->resize(width, height);
-    // Then the SSAO, water and occlusion passes, once they exist.
+    if (CKVSSAOGenerator* ssao = mRoot.valid() ? mRoot->getSSAOGenerator() : nullptr)
+        ssao->resize(static_cast<unsigned int>(std::max(width, 0)), static_cast<unsigned int>(std::max(height, 0)));
+    // The shaders that read screen-sized targets at gl_FragCoord divide by
+    // it: a capture of another size must see its own.
+    if (osg::Uniform* uniform = rootUniform(kScreenSize))
+        uniform->set(osg::Vec2f(static_cast<float>(width), static_cast<float>(height)));
+    // Then the water and occlusion passes, once they exist.
 }
 
 bool CKVRenderContextImp::getViewPort(int& width, int& height)

@@ -2,6 +2,7 @@
 
 #include "binding/CKVRenderContextCaptureListener.h"
 #include "effects/CKVPostProcessNode.h"
+#include "effects/CKVSSAOGenerator.h"
 #include "effects/CKVShadowGenerator.h"
 #include "programs/CKVRenderStateManager.h"
 #include "viewer/CKVFrameCapture.h"
@@ -96,6 +97,7 @@ bool CKVRenderContextX11Imp::initialize(CKVGraphicsContext* graphicsContext)
     // The effects (atmosphere, HiZ, shadows, SSAO, LPV, water) join the root here as they land.
     // So does the weather geode with the rain and snow particle systems.
     getRoot()->setShadowGenerator(new CKVShadowGenerator(scene, getMainCamera(), getRoot()));
+    getRoot()->setSSAOGenerator(new CKVSSAOGenerator(getMainCamera(), getRoot()));
     createCachesAndScene(scene);
     window->setTickTarget(this);
     configureViewerState();

@@ -5,6 +5,7 @@
 #include "effects/CKVFinalPass.h"
 #include "effects/CKVFullScreenGenerator.h"
 #include "effects/CKVSceneRenderTargets.h"
+#include "effects/CKVSSAOGenerator.h"
 #include "effects/CKVShadowGenerator.h"
 #include "environment/CBGGeode.h"
 #include "programs/CKVProgramManager.h"
@@ -227,6 +228,20 @@ void CKVPostProcessNode::setShadowGenerator(CKVShadowGenerator* generator)
     // their render order numbers.
     if (mShadow.valid())
         insertChild(0, mShadow.get());
+}
+
+void CKVPostProcessNode::setSSAOGenerator(CKVSSAOGenerator* generator)
+{
+    if (generator == mSSAO.get())
+        return;
+    if (mSSAO.valid())
+        removeChild(mSSAO.get());
+    mSSAO = generator;
+    if (!mSSAO.valid())
+        return;
+    // Right after the shadows when they are there, else first.
+    unsigned int const index = mShadow.valid() ? getChildIndex(mShadow.get()) + 1 : 0;
+    insertChild(std::min(index, getNumChildren()), mSSAO.get());
 }
 
 void CKVPostProcessNode::relinkChain()

@@ -31,6 +31,7 @@ class CKVGISCamera;
 class CKVOSGCamera;
 class CKVSceneRenderTargets;
 class CKVShadowGenerator;
+class CKVSSAOGenerator;
 
 // The root of everything the backend draws. When a full-screen effect is on
 // it renders the scene into its own targets (a pre-render pass), hands them
@@ -100,6 +101,10 @@ public:
     // earlier one.
     void setShadowGenerator(CKVShadowGenerator* generator);
     CKVShadowGenerator* getShadowGenerator() const { return mShadow.get(); }
+    // The ambient occlusion generator, a child of this node right after the
+    // shadow generator. Replaces any earlier one.
+    void setSSAOGenerator(CKVSSAOGenerator* generator);
+    CKVSSAOGenerator* getSSAOGenerator() const { return mSSAO.get(); }
 
     // Points each effect at its input and the final pass at the last result.
     void relinkChain();
@@ -188,6 +193,7 @@ private:
     osg::ref_ptr<CKVFullScreenGenerator> mDOFGenerator;
     bool mColorGradingEnabled = false;
     osg::ref_ptr<CKVShadowGenerator> mShadow;
+    osg::ref_ptr<CKVSSAOGenerator> mSSAO;
     std::vector<kv_shared_ptr<CKVSceneNode>> mSceneNodes;
     osg::ref_ptr<osg::Group> mGISGroup;
     osg::ref_ptr<CKVGISCamera> mGISCamera;
