@@ -63,6 +63,12 @@ bool CKVBenchOptions::parse(int argc, char** argv, std::string& error)
             error = "shadows must be a level from 0 to 3";
             return false;
         }
+        else if (key == "ssao" && number <= 3)
+            ssao = static_cast<int>(number);
+        else if (key == "ssao") {
+            error = "ssao must be a level from 0 to 3";
+            return false;
+        }
         else {
             error = "unknown argument: " + argument;
             return false;

@@ -7,7 +7,7 @@ namespace Kelvor {
 
 // What one run of the benchmark program measures, from its command line:
 //   --path=host|stock|commands --objects=N --frames=F --warmup=W
-//   --width=640 --height=360 --seed=S --meshes=M --shadows=L --callgrind
+//   --width=640 --height=360 --seed=S --meshes=M --shadows=L --ssao=L --callgrind
 struct CKVBenchOptions
 {
     std::string path = "host";
@@ -22,6 +22,10 @@ struct CKVBenchOptions
     // a caster, with shadows at that level; -1 (the default) keeps the
     // unlit flat colour of the plain comparison.
     int shadows = -1;
+    // An ambient occlusion level (0 to 3) draws the model lit, as a shadow
+    // level does (with shadows off unless --shadows asks for them), with
+    // every element in the occlusion pass; -1 leaves it off.
+    int ssao = -1;
     // Instrument exactly one frame for callgrind (run under
     // valgrind --tool=callgrind --instr-atstart=no) and measure no others.
     bool callgrind = false;

@@ -23,6 +23,8 @@
 
 #include <osg/Stats>
 
+#include <algorithm>
+
 namespace Kelvor {
 
 CKVHostSceneBench::~CKVHostSceneBench()
@@ -35,9 +37,10 @@ bool CKVHostSceneBench::open(int width, int height)
     mWindow = std::make_unique<CKVBenchWindow>(width, height);
     if (!mWindow->valid())
         return false;
-    if (mShadowLevel >= 0) {
+    if (isLit()) {
         CKVRenderConfig config;
-        config.setShadowLevel(static_cast<CKVRenderConfig::RenderLevel>(mShadowLevel));
+        config.setShadowLevel(static_cast<CKVRenderConfig::RenderLevel>(std::max(mShadowLevel, 0)));
+        config.setSSAOLevel(static_cast<CKVRenderConfig::RenderLevel>(std::max(mSSAOLevel, 0)));
         mScene.setRenderConfig(config);
     }
     mGraphicsContext = CKVGraphicsContext(&mWindow->windowData(), &mScene);
@@ -75,9 +78,9 @@ bool CKVHostSceneBench::build(std::vector<CKVBenchMesh> const& meshes,
     if (!mNode.valid())
         return false;
     CKVProgramParam param(CKVProgramParam::kFlatColor);
-    if (mShadowLevel >= 0) {
+    if (isLit()) {
         // Lit and casting, whatever the level, so that the runs of a shadow
-        // series differ in the shadows alone.
+        // or occlusion series differ in that effect alone.
         mMaterial = new CKVBasicMaterial;
         mMaterial->setRGB(200, 200, 200);
         mMaterial->getProgramParam(param);

@@ -46,6 +46,8 @@ public:
     unsigned int geometryCount() const { return static_cast<unsigned int>(mGeometries.size()); }
     // Before `open`: see CKVBenchOptions::shadows.
     void setShadowLevel(int level) { mShadowLevel = level; }
+    // Before `open`: see CKVBenchOptions::ssao.
+    void setSSAOLevel(int level) { mSSAOLevel = level; }
 
 
 private:
@@ -58,6 +60,9 @@ private:
     std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> mLogicBuffers;
     unsigned int mTickMs = 0;
     int mShadowLevel = -1;
+    int mSSAOLevel = -1;
+    // Lit with a material, and in the shadow and occlusion passes.
+    bool isLit() const { return mShadowLevel >= 0 || mSSAOLevel >= 0; }
     kv_shared_ptr<CKVBasicMaterial> mMaterial;
 };
 

@@ -17,7 +17,7 @@ constexpr FeatureRow kFeatures[] = {
     {ViewFeature::kEdges, "edges", false},
     {ViewFeature::kAtmosphere, "the atmosphere and sky", false},
     {ViewFeature::kShadows, "shadows", true},
-    {ViewFeature::kAmbientOcclusion, "ambient occlusion", false},
+    {ViewFeature::kAmbientOcclusion, "ambient occlusion", true},
 };
 
 FeatureRow const& row(ViewFeature feature)

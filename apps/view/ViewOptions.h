@@ -33,6 +33,8 @@ struct ViewOptions
     bool fog = false;
     // Shadows are on unless --no-shadows turns them off.
     bool shadows = true;
+    // Ambient occlusion is on unless --no-ssao turns it off.
+    bool ambientOcclusion = true;
     bool help = false;
     bool version = false;
 };

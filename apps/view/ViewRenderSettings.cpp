@@ -21,6 +21,8 @@ char const* const kBackgroundNames[kBackgroundCount] = {"grey", "white", "gradie
 constexpr float kViewerFogDensity = 0.01f;
 // Maps of 2048 texels: sharp enough for a house, quick in software GL.
 constexpr CKVRenderConfig::RenderLevel kViewerShadowLevel = CKVRenderConfig::kLevelMedium;
+// Ambient occlusion at the window's resolution.
+constexpr CKVRenderConfig::RenderLevel kViewerSSAOLevel = CKVRenderConfig::kLevelMedium;
 // An afternoon sun over the left shoulder of the default (iso) view, strong
 // against the ambient light, so that the building's shadows fall visibly
 // on its plot and its own faces.
@@ -84,6 +86,8 @@ ViewRenderSettings::ViewRenderSettings(ViewOptions const& options)
     }
     if (options.shadows)
         mConfig.setShadowLevel(kViewerShadowLevel);
+    if (options.ambientOcclusion && ViewFeatures::isAvailable(ViewFeature::kAmbientOcclusion))
+        mConfig.setSSAOLevel(kViewerSSAOLevel);
 }
 
 char const* ViewRenderSettings::styleName(CKVRenderConfig::RenderStyle style)
@@ -178,7 +182,7 @@ std::string ViewRenderSettings::toggleAmbientOcclusion()
     if (!ViewFeatures::isAvailable(ViewFeature::kAmbientOcclusion))
         return ViewFeatures::notAvailable(ViewFeature::kAmbientOcclusion);
     bool const on = mConfig.getSSAOLevel() == CKVRenderConfig::kLevelOff;
-    mConfig.setSSAOLevel(on ? CKVRenderConfig::kLevelMedium : CKVRenderConfig::kLevelOff);
+    mConfig.setSSAOLevel(on ? kViewerSSAOLevel : CKVRenderConfig::kLevelOff);
     return std::string("ambient occlusion: ") + onOff(on);
 }
 

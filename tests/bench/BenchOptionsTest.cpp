@@ -25,7 +25,7 @@ TEST(BenchOptionsTest, ReadsEveryOptionAndRefusesWhatItDoesNotKnow)
     CKVBenchOptions options;
     std::string error;
     ASSERT_TRUE(parse({"--path=stock", "--objects=100000", "--frames=7", "--width=64", "--height=36", "--shadows=2",
-                       "--callgrind"},
+                       "--ssao=3", "--callgrind"},
                       options, error))
         << error;
     EXPECT_EQ(options.path, "stock");
@@ -33,10 +33,11 @@ TEST(BenchOptionsTest, ReadsEveryOptionAndRefusesWhatItDoesNotKnow)
     EXPECT_EQ(options.frames, 7u);
     EXPECT_EQ(options.width, 64);
     EXPECT_EQ(options.shadows, 2);
+    EXPECT_EQ(options.ssao, 3);
     EXPECT_TRUE(options.callgrind);
 
     for (std::vector<char const*> bad : {std::vector<char const*>{"--path=gpu"}, {"--objects=12k"}, {"--objects="},
-                                         {"--frame=3"}, {"objects=3"}, {"--width=0"}, {"--shadows=4"}}) {
+                                         {"--frame=3"}, {"objects=3"}, {"--width=0"}, {"--shadows=4"}, {"--ssao=4"}}) {
         CKVBenchOptions refused;
         EXPECT_FALSE(parse(bad, refused, error)) << bad[0];
         EXPECT_FALSE(error.empty());
