@@ -23,7 +23,7 @@ public:
     int next();
 
 private:
-    // Unsigned: the state is meant to wrap at 2^32.
+    // The platform keeps 32 bits of state: it wraps at 2^32.
     std::uint32_t mState;
 };
 
