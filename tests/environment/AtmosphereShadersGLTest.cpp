@@ -12,8 +12,11 @@
 
 #include "programs/ProgramVariantBuild.h"
 
+#include <TarnwickCommon/Common.h>
+
 #include <osg/Program>
 #include <osg/Shader>
+#include <osg/Texture>
 
 #include <gtest/gtest.h>
 
@@ -57,6 +60,29 @@ osg::ref_ptr<osg::Program> lookupProgram()
 
 class AtmosphereShadersGLTest : public GLTest
 {
+protected:
+    // The lookup's radiance along `view` with the sun at the zenith, tone-
+    // mapped, on the tables of `atmosphere`.
+    osg::Vec4 skyColour(CKVAtmosphericScatttering& atmosphere, osg::Vec3 const& view)
+    {
+        osg::ref_ptr<CBGGeode> geode = new CBGGeode;
+        geode->addDrawable(new CFullScreenTriangleGeometry);
+        osg::StateSet* stateSet = geode->getOrCreateStateSet();
+        stateSet->setAttributeAndModes(lookupProgram().get());
+        osg::Texture* const tables[] = {atmosphere.getTransmittanceTexture(), atmosphere.getScatteringTexture(),
+                                        atmosphere.getIrradianceTexture()};
+        char const* const names[] = {"transmittance_texture", "scattering_texture", "irradiance_texture"};
+        for (int unit = 0; unit < 3; ++unit)
+        {
+            stateSet->setTextureAttribute(unit, tables[unit]);
+            stateSet->addUniform(new osg::Uniform(names[unit], unit));
+        }
+        stateSet->addUniform(new osg::Uniform("view", view));
+        stateSet->addUniform(new osg::Uniform("sun", osg::Vec3(0.0f, 0.0f, 1.0f)));
+        osg::ref_ptr<osg::Image> image = context().renderFrames(geode.get(), 1, kPicture, kPicture);
+        return image.valid() ? image->getColor(kPicture / 2, kPicture / 2) : osg::Vec4(-1, -1, -1, -1);
+    }
+    static constexpr int kPicture = 8;
 };
 
 TEST_F(AtmosphereShadersGLTest, GeneratorAndLookupProgramsBuild)
@@ -75,6 +101,23 @@ TEST_F(AtmosphereShadersGLTest, GeneratorAndLookupProgramsBuild)
             EXPECT_EQ(buildVariant(*lookup, state, defines), "") << programtest::describe(defines);
         lookup->releaseGLObjects(&state);
     }));
+}
+
+TEST_F(AtmosphereShadersGLTest, SkyIsBlueOverheadAndBlackWithoutTables)
+{
+    // The tables the build generated.
+    osg::ref_ptr<CKVAtmosphericScatttering> generated = new CKVAtmosphericScatttering;
+    osg::Vec4 const zenith = skyColour(*generated, osg::Vec3(0.0f, 0.0f, 1.0f));
+    EXPECT_GT(zenith.b(), 0.2f) << zenith.r() << " " << zenith.g() << " " << zenith.b();
+    EXPECT_GT(zenith.b(), zenith.g());
+    EXPECT_GT(zenith.g(), zenith.r());
+
+    // None at all: the sky is black, and nothing fails on the way.
+    Common::setResourceDirectory("/tmp/tarnwick-no-such-resource-dir");
+    osg::ref_ptr<CKVAtmosphericScatttering> missing = new CKVAtmosphericScatttering;
+    Common::setResourceDirectory(nullptr);
+    osg::Vec4 const black = skyColour(*missing, osg::Vec3(0.0f, 0.0f, 1.0f));
+    EXPECT_LT(black.r() + black.g() + black.b(), 0.01f) << black.r() << " " << black.g() << " " << black.b();
 }
 
 } // namespace
