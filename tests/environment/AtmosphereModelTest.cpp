@@ -4,12 +4,15 @@
 #include "environment/CKVAtmosphericScatttering.h"
 #include "environment/KVAtmosphereSpectra.h"
 #include "environment/KVAtmosphereTables.h"
+#include "programs/KVShaderSource.h"
 
 #include <TarnwickCommon/Common.h>
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -37,6 +40,61 @@ TEST(AtmosphereModelTest, LuminanceFactorsMatchTheLookupConstants)
                    osg::Vec3d(114974.916437, 71305.954816, 65310.548555), "sky");
     expectRelative(atmosphere->getSunSpectralRadianceToLuminance(),
                    osg::Vec3d(98242.786222, 69954.398112, 66475.012354), "sun");
+}
+
+// The numbers after "NAME = " (inside vec3(...) when there), from a shader text.
+std::vector<double> shaderConstant(char const* text, std::string const& name)
+{
+    std::string const source = text ? text : "";
+    std::size_t at = source.find(name + " = ");
+    std::vector<double> values;
+    if (at == std::string::npos)
+        return values;
+    at += name.size() + 3;
+    if (source.compare(at, 5, "vec3(") == 0)
+        at += 5;
+    char const* cursor = source.c_str() + at;
+    for (;;)
+    {
+        char* end = nullptr;
+        double const v = std::strtod(cursor, &end);
+        if (end == cursor)
+            break;
+        values.push_back(v);
+        cursor = end;
+        while (*cursor == ',' || *cursor == ' ')
+            ++cursor;
+    }
+    return values;
+}
+
+// The lookup and the generator carry the factors and the sun-angle cut-off
+// as literal constants: they must stay what the model computes, including
+// the lookup's mu_s_min, which is the cosine of the maximum sun zenith
+// angle read as degrees and is kept so on purpose.
+TEST(AtmosphereModelTest, ShaderConstantsAreTheModelsNumbers)
+{
+    osg::ref_ptr<CKVAtmosphericScatttering> atmosphere = new CKVAtmosphericScatttering;
+    osg::Vec3d const sky = atmosphere->getSkySpectralRadianceToLuminance();
+    osg::Vec3d const sun = atmosphere->getSunSpectralRadianceToLuminance();
+    double const maxSunZenithAngle = 2.0943951023931953;
+    double const degree = std::acos(-1.0) / 180.0;
+    for (char const* file : {"atmosphere_lookup_parameters", "atmosphere_model_parameters"})
+    {
+        SCOPED_TRACE(file);
+        char const* text = KVShaderSource::get(file);
+        ASSERT_NE(text, nullptr);
+        std::vector<double> const skyText = shaderConstant(text, "SKY_SPECTRAL_RADIANCE_TO_LUMINANCE");
+        std::vector<double> const sunText = shaderConstant(text, "SUN_SPECTRAL_RADIANCE_TO_LUMINANCE");
+        ASSERT_EQ(skyText.size(), 3u);
+        ASSERT_EQ(sunText.size(), 3u);
+        expectRelative(osg::Vec3d(skyText[0], skyText[1], skyText[2]), sky, "sky");
+        expectRelative(osg::Vec3d(sunText[0], sunText[1], sunText[2]), sun, "sun");
+    }
+    std::vector<double> const muSMin =
+        shaderConstant(KVShaderSource::get("atmosphere_lookup_parameters"), "const Number mu_s_min");
+    ASSERT_EQ(muSMin.size(), 1u);
+    EXPECT_DOUBLE_EQ(muSMin[0], std::cos(maxSunZenithAngle * degree));
 }
 
 TEST(AtmosphereModelTest, SpectraFollowTheirSwitches)
