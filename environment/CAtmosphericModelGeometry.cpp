@@ -172,7 +172,21 @@ CAtmosphericModelGeometry::CAtmosphericModelGeometry()
     CKVAString folder;
     Common::getResourceDirectory(folder);
     m_dumpFolder = std::string(folder.c_str()) + T::kFolder;
+    createResources();
+}
 
+// A copy computes its own tables: it shares the settings, not the textures.
+CAtmosphericModelGeometry::CAtmosphericModelGeometry(CAtmosphericModelGeometry const& other, osg::CopyOp const& copyop)
+    : osg::Geometry(other, copyop)
+    , m_dumpFolder(other.m_dumpFolder)
+    , m_progress(other.m_progress)
+    , m_reducedSampling(other.m_reducedSampling)
+{
+    createResources();
+}
+
+void CAtmosphericModelGeometry::createResources()
+{
     using A = CKVAtmosphericScatttering;
     m_transmittanceTexture = A::createAtmosphereTexture2D(T::kTransmittanceWidth, T::kTransmittanceHeight);
     m_scatteringTexture =
@@ -185,12 +199,7 @@ CAtmosphericModelGeometry::CAtmosphericModelGeometry()
         A::createAtmosphereTexture3D(T::kScatteringWidth, T::kScatteringHeight, T::kScatteringDepth, GL_RGB, false);
     m_deltaScatteringDensityTexture =
         A::createAtmosphereTexture3D(T::kScatteringWidth, T::kScatteringHeight, T::kScatteringDepth, GL_RGB, false);
-    setReducedSampling(false);
-}
-
-CAtmosphericModelGeometry::CAtmosphericModelGeometry(CAtmosphericModelGeometry const& other, osg::CopyOp const& copyop)
-    : osg::Geometry(other, copyop)
-{
+    setReducedSampling(m_reducedSampling);
 }
 
 void CAtmosphericModelGeometry::setReducedSampling(bool reduced)
