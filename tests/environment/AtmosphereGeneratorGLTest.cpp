@@ -71,7 +71,9 @@ TEST_F(AtmosphereGeneratorGLTest, RunsOnceWritingEachTableOnceAsItsTextureHoldsI
     generator->setDumpFolder(mFolder.string());
     generator->setReducedSampling(true);
     std::vector<std::string> steps;
-    generator->setProgress([&](std::string const& step, int, double) { steps.push_back(step); });
+    generator->setProgress([&](std::string const& step, int order, double) {
+        steps.push_back(order > 0 ? step + " " + std::to_string(order) : step);
+    });
 
     ASSERT_TRUE(context().runWithContext([&](osg::State& state) {
         osg::RenderInfo renderInfo(&state, nullptr);
@@ -83,10 +85,23 @@ TEST_F(AtmosphereGeneratorGLTest, RunsOnceWritingEachTableOnceAsItsTextureHoldsI
                                                    (mFolder / "irradiance_texture.data").string(),
                                                    (mFolder / "scattering_texture.data").string()};
         EXPECT_EQ(generator->getWrittenFiles(), expected);
-        // The transmittance is written before any irradiance pass.
-        ASSERT_GE(steps.size(), 3u);
-        EXPECT_EQ(steps[0], "transmittance");
-        EXPECT_EQ(steps[1], "wrote " + expected[0]);
+        // Each table is written right after the pass that completes it.
+        std::vector<std::string> const order = {"transmittance 1",
+                                                "wrote " + expected[0],
+                                                "direct irradiance 1",
+                                                "single scattering 1",
+                                                "scattering density 2",
+                                                "indirect irradiance 2",
+                                                "multiple scattering 2",
+                                                "scattering density 3",
+                                                "indirect irradiance 3",
+                                                "multiple scattering 3",
+                                                "scattering density 4",
+                                                "indirect irradiance 4",
+                                                "wrote " + expected[1],
+                                                "multiple scattering 4",
+                                                "wrote " + expected[2]};
+        EXPECT_EQ(steps, order);
 
         struct Table
         {
