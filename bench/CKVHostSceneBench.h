@@ -6,6 +6,7 @@
 #include "TarnwickCommon/kv_shared_ptr.h"
 #include "TarnwickRender/CKVBasicMaterial.h"
 #include "TarnwickRender/CKVBufferGeometry.h"
+#include "TarnwickRender/CKVDrawable.h"
 #include "TarnwickRender/CKVGraphicsContext.h"
 #include "TarnwickRender/CKVLogicBufferGeometry.h"
 #include "TarnwickRender/CKVScene.h"
@@ -38,6 +39,10 @@ public:
     TraversalTimes lastFrameTimes() const override;
     void reportMemory(CKVBenchReport& report) const override;
     void close() override;
+    long long pickPlacement(double x, double y) override;
+    void selectPlacements(double x1, double y1, double x2, double y2, std::vector<long long>& placements) override;
+    void setExhaustivePicking(bool exhaustive) override { mExhaustivePicking = exhaustive; }
+    void reportPickIndex(CKVBenchReport& report) const override;
 
     // For the command figures: the running context and its timer.
     CKVRenderContextX11Imp* context() const { return mContext; }
@@ -46,6 +51,9 @@ public:
     unsigned int geometryCount() const { return static_cast<unsigned int>(mGeometries.size()); }
     // Before `open`: see CKVBenchOptions::shadows.
     void setShadowLevel(int level) { mShadowLevel = level; }
+    // Before `build`: every placement gets a host drawable whose id is its
+    // index, so that picks name it.
+    void setPickable(bool pickable) { mPickable = pickable; }
 
 
 private:
@@ -59,6 +67,9 @@ private:
     unsigned int mTickMs = 0;
     int mShadowLevel = -1;
     kv_shared_ptr<CKVBasicMaterial> mMaterial;
+    bool mPickable = false;
+    bool mExhaustivePicking = false;
+    std::vector<kv_shared_ptr<CKVDrawable>> mDrawables;
 };
 
 } // namespace Kelvor

@@ -39,6 +39,7 @@ bool CKVScenePicker::pick(CKVPoint3D const& pixel, CKVSelectionResult& result) c
         new CKVOSGLineSegmentIntersector(osgUtil::Intersector::WINDOW, pixel.x, height - pixel.y);
     CKVOSGIntersectionVisitor visitor(intersector.get());
     visitor.setTraversalMask(~0u);
+    visitor.setUseInstanceSearch(mUseInstanceSearch);
     mCamera->accept(visitor);
     return firstResolved(*intersector, result);
 }
@@ -51,6 +52,7 @@ bool CKVScenePicker::intersect(CKVPoint3D const& start, CKVPoint3D const& end, C
         new CKVOSGLineSegmentIntersector(osg::Vec3d(start.x, start.y, start.z), osg::Vec3d(end.x, end.y, end.z));
     CKVOSGIntersectionVisitor visitor(intersector.get());
     visitor.setTraversalMask(~0u);
+    visitor.setUseInstanceSearch(mUseInstanceSearch);
     mCamera->accept(visitor);
     return firstResolved(*intersector, result);
 }
@@ -69,6 +71,7 @@ bool CKVScenePicker::select(CKVPoint3D const& corner1, CKVPoint3D const& corner2
         osgUtil::Intersector::WINDOW, std::min(x1, x2), std::min(y1, y2), std::max(x1, x2), std::max(y1, y2));
     CKVOSGIntersectionVisitor visitor(intersector.get());
     visitor.setTraversalMask(~0u);
+    visitor.setUseInstanceSearch(mUseInstanceSearch);
     mCamera->accept(visitor);
 
     results.clear();
