@@ -23,6 +23,11 @@ bool firstResolved(osgUtil::LineSegmentIntersector& intersector, CKVSelectionRes
     return false;
 }
 
+bool sameInstance(CKVOSGPolytopeIntersector::Intersection const& a, CKVOSGPolytopeIntersector::Intersection const& b)
+{
+    return a.instanceIndex == b.instanceIndex && a.drawable == b.drawable && a.nodePath == b.nodePath;
+}
+
 } // namespace
 
 CKVScenePicker::CKVScenePicker(osg::Camera* camera)
@@ -75,13 +80,21 @@ bool CKVScenePicker::select(CKVPoint3D const& corner1, CKVPoint3D const& corner2
     mCamera->accept(visitor);
 
     results.clear();
+    CKVOSGPolytopeIntersector::Intersection const* lastInstanceHit = nullptr;
     for (CKVOSGPolytopeIntersector::Intersection const& record : intersector->getIntersections())
     {
         if (results.size() >= maxCount)
             break;
+        // Another primitive of the instance resolved just before: it names
+        // the same drawable, which is already the last one listed.
+        if (lastInstanceHit && sameInstance(*lastInstanceHit, record))
+            continue;
+        lastInstanceHit = nullptr;
         CKVSelectionResult result;
         if (!CKVPickHitResolver::resolve(record, result))
             continue;
+        if (result.getInstanceIndex() != CKVSelectionResult::kNoInstance)
+            lastInstanceHit = &record;
         if (!results.empty() && results.back().getDrawable() == result.getDrawable())
             continue;
         results.push_back(result);
