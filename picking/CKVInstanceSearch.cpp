@@ -6,7 +6,9 @@
 #include <condition_variable>
 #include <cstring>
 #include <mutex>
+#include <new>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 namespace Kelvor {
@@ -90,18 +92,36 @@ void CKVInstanceSearch::prepare(CKVOSGGeometry const& geometry)
     mTiming.boxesMs = millisecondsSince(start);
     mPending = job;
     mPendingKey = key;
-    std::thread([job] {
-        auto const begin = Clock::now();
-        std::unique_ptr<CKVInstanceBVH> tree(new CKVInstanceBVH);
-        tree->build(job->boxes);
-        std::lock_guard<std::mutex> lock(job->mutex);
-        job->boxes.clear();
-        job->boxes.shrink_to_fit();
-        job->tree = std::move(tree);
-        job->treeMs = millisecondsSince(begin);
-        job->done = true;
-        job->finished.notify_all();
-    }).detach();
+    try
+    {
+        std::thread([job] {
+            auto const begin = Clock::now();
+            std::unique_ptr<CKVInstanceBVH> tree;
+            try
+            {
+                tree.reset(new CKVInstanceBVH);
+                tree->build(job->boxes);
+            }
+            catch (std::bad_alloc const&)
+            {
+                // The query that adopts no tree builds one itself, and
+                // fails like any query that runs out of memory.
+                tree.reset();
+            }
+            std::lock_guard<std::mutex> lock(job->mutex);
+            job->boxes.clear();
+            job->boxes.shrink_to_fit();
+            job->tree = std::move(tree);
+            job->treeMs = millisecondsSince(begin);
+            job->done = true;
+            job->finished.notify_all();
+        }).detach();
+    }
+    catch (std::system_error const&)
+    {
+        // No thread to be had: the first query builds the tree itself.
+        mPending = nullptr;
+    }
 }
 
 void CKVInstanceSearch::adopt()

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace Kelvor {
 
@@ -61,9 +62,9 @@ CKVOSGPolytopeIntersector& CKVOSGPolytopeIntersector::root()
     return _parent ? *static_cast<CKVOSGPolytopeIntersector*>(_parent) : *this;
 }
 
-void CKVOSGPolytopeIntersector::insertIntersection(Intersection const& intersection)
+void CKVOSGPolytopeIntersector::insertIntersection(Intersection intersection)
 {
-    root().mFound.push_back(intersection);
+    root().mFound.push_back(std::move(intersection));
 }
 
 CKVOSGPolytopeIntersector::Intersections& CKVOSGPolytopeIntersector::getIntersections()

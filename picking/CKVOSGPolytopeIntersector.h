@@ -48,7 +48,7 @@ public:
     // The hits of the query, nearest to the reference plane first; a clone
     // answers with its parent's.
     Intersections& getIntersections();
-    void insertIntersection(Intersection const& intersection);
+    void insertIntersection(Intersection intersection);
 
 private:
     CKVOSGPolytopeIntersector& root();
