@@ -17,6 +17,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// Below this many instances the tree is built on the spot: it takes well
+// under a millisecond, and a model of many small instanced geometries would
+// otherwise start a thread for each.
+constexpr std::size_t kWorkerInstanceCount = 8192;
+
 double millisecondsSince(Clock::time_point start)
 {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
@@ -90,6 +95,16 @@ void CKVInstanceSearch::prepare(CKVOSGGeometry const& geometry)
     std::shared_ptr<Job> job = std::make_shared<Job>();
     job->boxes = CKVInstanceBVH::instanceBoxes(rows, geometry.getVertexBound());
     mTiming.boxesMs = millisecondsSince(start);
+    if (key.count < kWorkerInstanceCount)
+    {
+        auto const begin = Clock::now();
+        mTree.reset(new CKVInstanceBVH);
+        mTree->build(job->boxes);
+        mTiming.treeMs = millisecondsSince(begin);
+        mKey = key;
+        mPending = nullptr;
+        return;
+    }
     mPending = job;
     mPendingKey = key;
     try

@@ -13,7 +13,8 @@ class CKVOSGGeometry;
 // The picking index of one instanced geometry, kept in step with its rows.
 // When the geometry is installed or its instances change, `prepare` takes
 // the instance boxes on the calling (render) thread and builds the tree on a
-// worker, so that no frame waits for it. A query asks `current`, which
+// worker, so that no frame waits for it (a small tree is built there and
+// then). A query asks `current`, which
 // answers for the rows as they are at that moment: it adopts the worker's
 // tree when that was made from the same rows (waiting for it if need be),
 // and otherwise refits or rebuilds on the spot. Rows are told apart by their

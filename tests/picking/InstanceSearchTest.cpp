@@ -307,5 +307,84 @@ TEST(InstanceSearchTest, PicksFollowInstancesThatAreRemovedReAddedAndMoved)
     EXPECT_FALSE(host->instanceSearch().building());
 }
 
+// A geometry large enough to have its tree built on a worker: picks right
+// after the install, after a repack and after rows written in place (which
+// refit the tree on the spot) answer as trying every instance does.
+TEST(InstanceSearchTest, TreesBuiltOnTheWorkerAnswerLikeTryingEveryInstance)
+{
+    constexpr int kSide = 100;
+    PickingScene scene;
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> jitter(-0.02, 0.02);
+    std::vector<kv_shared_ptr<CKVDrawable>> drawables;
+    std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> buffers{PickingScene::square(0, 0, 0, 0.06, nullptr)};
+    for (int i = 0; i < kSide * kSide; ++i)
+    {
+        drawables.push_back(new CKVDrawable(i));
+        buffers.push_back(PickingScene::instanceAt(-9.9 + 0.198 * (i % kSide) + jitter(random),
+                                                   -9.9 + 0.198 * (i / kSide) + jitter(random), jitter(random),
+                                                   drawables.back().get()));
+    }
+    CKVBufferGeometryImp* host = scene.add(buffers);
+    CKVScenePicker searched(scene.camera());
+    CKVScenePicker exhaustive(scene.camera());
+    exhaustive.setUseInstanceSearch(false);
+    std::uniform_real_distribution<double> pixel(0.0, PickingScene::kPixels);
+
+    int hits = 0;
+    auto compare = [&](char const* phase) {
+        for (int q = 0; q < 40; ++q)
+        {
+            CKVPoint3D const at(pixel(random), pixel(random), 0);
+            CKVSelectionResult a, b;
+            bool const foundA = searched.pick(at, a);
+            bool const foundB = exhaustive.pick(at, b);
+            ASSERT_EQ(describe(foundA, a), describe(foundB, b)) << phase << ", pick " << q;
+            hits += foundA ? 1 : 0;
+        }
+        for (int q = 0; q < 8; ++q)
+        {
+            CKVPoint3D const c1(pixel(random), pixel(random), 0);
+            CKVPoint3D const c2(c1.x + 6, c1.y + 4, 0);
+            std::vector<CKVSelectionResult> as, bs;
+            bool const foundA = searched.select(c1, c2, 500, as);
+            bool const foundB = exhaustive.select(c1, c2, 500, bs);
+            ASSERT_EQ(describe(foundA, as), describe(foundB, bs)) << phase << ", rectangle " << q;
+        }
+    };
+
+    compare("installed");
+    EXPECT_FALSE(host->instanceSearch().building()) << "the first query adopted the worker's tree";
+
+    std::vector<bool> add;
+    std::vector<CKVLogicBufferGeometry*> changed;
+    for (int k = 0; k < 50; ++k)
+    {
+        add.push_back(false);
+        changed.push_back(buffers[1 + random() % (buffers.size() - 1)].get());
+    }
+    kv_shared_ptr<CKVDrawable> extra = new CKVDrawable(~0ull);
+    std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> added;
+    for (int k = 0; k < 80; ++k)
+    {
+        added.push_back(PickingScene::instanceAt(jitter(random) * 400, jitter(random) * 400, 1.0, extra.get()));
+        add.push_back(true);
+        changed.push_back(added.back().get());
+    }
+    host->updateLogicBuffers(add, changed);
+    host->updatePhysicalBuffer();
+    host->getOSGGeometry()->rebuild();
+    compare("repacked");
+
+    CKVVertexBufferAttribute* row4 = host->getVertexBufferAttribute(CKVVertexBufferAttribute::kInstanceMatrixR4);
+    std::vector<float> rows(static_cast<float*>(row4->getData()),
+                            static_cast<float*>(row4->getData()) + row4->getDataSize());
+    for (std::size_t i = 0; i < rows.size(); i += 4)
+        rows[i] = -rows[i];
+    row4->updateData(0, rows.data(), static_cast<unsigned int>(rows.size()));
+    compare("mirrored in place");
+    EXPECT_GT(hits, 40) << "the picks must meet the instances often enough to mean something";
+}
+
 } // namespace
 } // namespace Kelvor
