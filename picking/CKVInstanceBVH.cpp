@@ -73,6 +73,10 @@ std::vector<float> CKVInstanceBVH::instanceBoxes(Rows const& rows, osg::Bounding
                 low = -std::numeric_limits<float>::max();
                 high = std::numeric_limits<float>::max();
             }
+            // Clamped first: a double beyond the float range has no float.
+            double const largest = std::numeric_limits<float>::max();
+            low = std::max(low, -largest);
+            high = std::min(high, largest);
             box[axis] = std::nextafter(float(low), -std::numeric_limits<float>::infinity());
             box[3 + axis] = std::nextafter(float(high), std::numeric_limits<float>::infinity());
         }
