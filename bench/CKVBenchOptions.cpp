@@ -31,8 +31,9 @@ bool CKVBenchOptions::parse(int argc, char** argv, std::string& error)
         }
         std::string const key = argument.substr(2, equals - 2), value = argument.substr(equals + 1);
         if (key == "path") {
-            if (value != "host" && value != "stock" && value != "commands") {
-                error = "path must be host, stock or commands";
+            if (value != "host" && value != "stock" && value != "commands" && value != "pick-host" &&
+                value != "pick-stock") {
+                error = "path must be host, stock, commands, pick-host or pick-stock";
                 return false;
             }
             path = value;
@@ -57,6 +58,10 @@ bool CKVBenchOptions::parse(int argc, char** argv, std::string& error)
             seed = number;
         else if (key == "meshes")
             meshes = static_cast<unsigned int>(number);
+        else if (key == "picks")
+            picks = static_cast<unsigned int>(number);
+        else if (key == "verify")
+            verify = static_cast<unsigned int>(number);
         else if (key == "shadows" && number <= 3)
             shadows = static_cast<int>(number);
         else if (key == "shadows") {

@@ -6,8 +6,9 @@
 namespace Kelvor {
 
 // What one run of the benchmark program measures, from its command line:
-//   --path=host|stock|commands --objects=N --frames=F --warmup=W
-//   --width=640 --height=360 --seed=S --meshes=M --shadows=L --ssao=L --callgrind
+//   --path=host|stock|commands|pick-host|pick-stock --objects=N --frames=F
+//   --warmup=W --width=640 --height=360 --seed=S --meshes=M --shadows=L
+//   --ssao=L --picks=P --verify=V --callgrind
 struct CKVBenchOptions
 {
     std::string path = "host";
@@ -26,6 +27,11 @@ struct CKVBenchOptions
     // level does (with shadows off unless --shadows asks for them), with
     // every element in the occlusion pass; -1 leaves it off.
     int ssao = -1;
+    // Pick paths: point picks and rectangle selections each, and how many
+    // of them are repeated without the instance search to check the
+    // answers.
+    unsigned int picks = 100;
+    unsigned int verify = 0;
     // Instrument exactly one frame for callgrind (run under
     // valgrind --tool=callgrind --instr-atstart=no) and measure no others.
     bool callgrind = false;

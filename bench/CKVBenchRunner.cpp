@@ -16,9 +16,13 @@
 #include "TarnwickRender/CKVRCApplyCamera.h"
 #include "TarnwickRender/CKVRenderCommandCache.h"
 
+#include <osg/Matrixd>
 #include <valgrind/callgrind.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <string>
 #include <vector>
 
 namespace Kelvor {
@@ -219,6 +223,141 @@ bool CKVBenchRunner::runCommands(CKVHostSceneBench& bench, CKVBenchOptions const
     report.set("round_trip_ms", statistics.median("round_trip_ms"));
     report.set("round_trip_ms_p95", statistics.percentile("round_trip_ms", 95.0));
     report.set("round_trip_ms_max", statistics.percentile("round_trip_ms", 100.0));
+    bench.close();
+    return true;
+}
+
+namespace {
+
+// The fixed list of queries: window points over placements drawn by a
+// small generator of our own (the point where a placement's origin lands on
+// the first camera of the path), and rectangles of a fixed size centred on
+// others, so that every way and every run asks the same and most queries
+// meet the model.
+struct PickQueries
+{
+    // The rectangles' share of the window's width and height.
+    static constexpr double kRectangleShare = 0.04;
+
+    std::vector<double> points; // x, y (from the top)
+    std::vector<double> rectangles; // x1, y1, x2, y2
+
+    PickQueries(Scene const& scene, CKVCameraPath const& path, CKVBenchOptions const& options)
+    {
+        double eye[3], target[3];
+        path.eyeAt(0, eye);
+        path.target(target);
+        osg::Matrixd const toWindow =
+            osg::Matrixd::lookAt(osg::Vec3d(eye[0], eye[1], eye[2]), osg::Vec3d(target[0], target[1], target[2]),
+                                 osg::Vec3d(0, 0, 1)) *
+            osg::Matrixd::perspective(CKVCameraPath::kFieldOfViewDegrees, double(options.width) / options.height,
+                                      path.nearPlane(), path.farPlane()) *
+            osg::Matrixd::translate(1.0, 1.0, 1.0) *
+            osg::Matrixd::scale(0.5 * options.width, 0.5 * options.height, 0.5);
+        std::uint64_t state = options.seed * 6364136223846793005ull + 1442695040888963407ull;
+        auto windowPointOfSomePlacement = [&](double& x, double& y) {
+            state = state * 6364136223846793005ull + 1442695040888963407ull;
+            CKVBenchPlacement const& placement = scene.placements[(state >> 33) % scene.placements.size()];
+            osg::Vec3d const window = osg::Vec3d(placement.x, placement.y, placement.z) * toWindow;
+            x = window.x();
+            y = options.height - window.y();
+        };
+        double const w = kRectangleShare * options.width, h = kRectangleShare * options.height;
+        for (unsigned int i = 0; i < options.picks; ++i) {
+            double x, y;
+            windowPointOfSomePlacement(x, y);
+            points.push_back(x);
+            points.push_back(y);
+            windowPointOfSomePlacement(x, y);
+            double const corners[] = {x - w / 2, y - h / 2, x + w / 2, y + h / 2};
+            rectangles.insert(rectangles.end(), corners, corners + 4);
+        }
+    }
+};
+
+std::vector<long long> sortedPlacements(std::vector<long long> placements)
+{
+    std::sort(placements.begin(), placements.end());
+    placements.erase(std::unique(placements.begin(), placements.end()), placements.end());
+    return placements;
+}
+
+} // namespace
+
+bool CKVBenchRunner::runPicks(CKVSceneBench& bench, CKVBenchOptions const& options, CKVBenchReport& report)
+{
+    Scene const scene = makeScene(options);
+    CKVCameraPath const path(scene.centre, scene.radius, 100);
+    report.set("path", options.path);
+    report.set("objects", double(scene.placements.size()));
+    if (!prepare(bench, options, scene, path, report))
+        return false;
+    PickQueries const queries(scene, path, options);
+
+    // The first query also waits for whatever index is still being built.
+    auto start = Clock::now();
+    long long const firstPick = bench.pickPlacement(queries.points[0], queries.points[1]);
+    report.set("first_pick_ms", millisecondsSince(start));
+    bench.reportPickIndex(report);
+
+    CKVFrameStatistics statistics;
+    std::vector<long long> picked, placements;
+    std::vector<std::vector<long long>> selected;
+    for (unsigned int i = 0; i < options.picks; ++i) {
+        start = Clock::now();
+        picked.push_back(bench.pickPlacement(queries.points[2 * i], queries.points[2 * i + 1]));
+        statistics.add("pick_ms", millisecondsSince(start));
+        statistics.add("pick_hits", picked.back() >= 0 ? 1.0 : 0.0);
+    }
+    for (unsigned int i = 0; i < options.picks; ++i) {
+        double const* r = &queries.rectangles[4 * i];
+        start = Clock::now();
+        bench.selectPlacements(r[0], r[1], r[2], r[3], placements);
+        statistics.add("select_ms", millisecondsSince(start));
+        selected.push_back(sortedPlacements(placements));
+        statistics.add("select_count", double(selected.back().size()));
+    }
+
+    // The same queries again, every instance tried: the answers must agree.
+    unsigned int const verify = std::min(options.verify, options.picks);
+    unsigned int mismatches = firstPick == (picked.empty() ? -1 : picked[0]) ? 0u : 1u;
+    bench.setExhaustivePicking(true);
+    for (unsigned int i = 0; i < verify; ++i) {
+        start = Clock::now();
+        long long const reference = bench.pickPlacement(queries.points[2 * i], queries.points[2 * i + 1]);
+        statistics.add("exhaustive_pick_ms", millisecondsSince(start));
+        mismatches += reference != picked[i] ? 1u : 0u;
+        double const* r = &queries.rectangles[4 * i];
+        start = Clock::now();
+        bench.selectPlacements(r[0], r[1], r[2], r[3], placements);
+        statistics.add("exhaustive_select_ms", millisecondsSince(start));
+        mismatches += sortedPlacements(placements) != selected[i] ? 1u : 0u;
+    }
+    bench.setExhaustivePicking(false);
+
+    report.set("picks", double(options.picks));
+    report.set("pick_ms", statistics.median("pick_ms"));
+    report.set("pick_ms_p95", statistics.percentile("pick_ms", 95.0));
+    report.set("pick_hit_share", statistics.mean("pick_hits"));
+    report.set("select_ms", statistics.median("select_ms"));
+    report.set("select_ms_p95", statistics.percentile("select_ms", 95.0));
+    report.set("select_count", statistics.median("select_count"));
+    report.set("select_count_max", statistics.percentile("select_count", 100.0));
+    report.set("verified", double(verify));
+    report.set("verify_mismatches", double(mismatches));
+    if (verify) {
+        report.set("exhaustive_pick_ms", statistics.median("exhaustive_pick_ms"));
+        report.set("exhaustive_select_ms", statistics.median("exhaustive_select_ms"));
+    }
+    // The answers themselves, so that two ways can be compared afterwards.
+    std::string answers;
+    for (long long p : picked)
+        answers += std::to_string(p) + ",";
+    report.set("pick_answers", answers);
+    std::string counts;
+    for (auto const& s : selected)
+        counts += std::to_string(s.size()) + ",";
+    report.set("select_answers", counts);
     bench.close();
     return true;
 }

@@ -17,6 +17,9 @@ public:
     // Command throughput of the drain and round trip of a synchronous
     // command, on a host scene that `runScene`-style building has set up.
     static bool runCommands(CKVHostSceneBench& bench, CKVBenchOptions const& options, CKVBenchReport& report);
+    // Point picks and rectangle selections along a fixed list of window
+    // points and rectangles, from the first camera of the path.
+    static bool runPicks(CKVSceneBench& bench, CKVBenchOptions const& options, CKVBenchReport& report);
 };
 
 } // namespace Kelvor

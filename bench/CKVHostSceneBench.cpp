@@ -3,6 +3,9 @@
 #include "bench/CKVBenchReport.h"
 
 #include "binding/CKVRenderContextX11Imp.h"
+#include "picking/CKVInstanceSearch.h"
+#include "picking/CKVScenePicker.h"
+#include "scene/CKVBufferGeometryImp.h"
 #include "viewer/CKVGraphicsWindowX11.h"
 #include "viewer/CKVOSGCamera.h"
 #include "viewer/CKVViewer.h"
@@ -21,9 +24,12 @@
 #include "TarnwickRender/CKVVertexBufferAttribute.h"
 #include "TarnwickRender/CKVVertexIndex.h"
 
+#include "TarnwickRender/CKVSelectionResult.h"
+
 #include <osg/Stats>
 
 #include <algorithm>
+#include <limits>
 
 namespace Kelvor {
 
@@ -112,6 +118,10 @@ bool CKVHostSceneBench::build(std::vector<CKVBenchMesh> const& meshes,
         mLogicBuffers.push_back(part);
         for (CKVBenchPlacement const* placement : byMesh[m]) {
             kv_shared_ptr<CKVLogicBufferGeometry> instance(new CKVLogicBufferGeometry);
+            if (mPickable) {
+                mDrawables.push_back(new CKVDrawable(static_cast<unsigned long long>(placement - placements.data())));
+                instance = new CKVLogicBufferGeometry(mDrawables.back().get());
+            }
             CKVMatrix3D const matrix =
                 CKVMatrix3D::translation(CKVVector3D(placement->x, placement->y, placement->z)) *
                 CKVMatrix3D::rotation(placement->quarterTurns * 1.5707963267948966, CKVVector3D(0, 0, 1));
@@ -199,8 +209,48 @@ void CKVHostSceneBench::close()
     }
     mGeometries.clear();
     mLogicBuffers.clear();
+    mDrawables.clear();
     mNode = nullptr;
     mWindow.reset();
+}
+
+long long CKVHostSceneBench::pickPlacement(double x, double y)
+{
+    CKVScenePicker picker(mContext->getMainCamera());
+    picker.setUseInstanceSearch(!mExhaustivePicking);
+    CKVSelectionResult result;
+    if (!picker.pick(CKVPoint3D(x, y, 0.0), result) || !result.getDrawable())
+        return -1;
+    return static_cast<long long>(result.getDrawable()->getId());
+}
+
+void CKVHostSceneBench::selectPlacements(double x1, double y1, double x2, double y2,
+                                         std::vector<long long>& placements)
+{
+    placements.clear();
+    CKVScenePicker picker(mContext->getMainCamera());
+    picker.setUseInstanceSearch(!mExhaustivePicking);
+    std::vector<CKVSelectionResult> results;
+    picker.select(CKVPoint3D(x1, y1, 0.0), CKVPoint3D(x2, y2, 0.0), std::numeric_limits<unsigned int>::max(), results);
+    for (CKVSelectionResult const& result : results) {
+        if (result.getDrawable())
+            placements.push_back(static_cast<long long>(result.getDrawable()->getId()));
+    }
+}
+
+void CKVHostSceneBench::reportPickIndex(CKVBenchReport& report) const
+{
+    double boxesMs = 0.0, treeMs = 0.0;
+    for (auto const& geometry : mGeometries) {
+        if (!geometry->isKindOf(CKVBufferGeometryImp::desc()))
+            continue;
+        CKVInstanceSearch::Timing const timing =
+            static_cast<CKVBufferGeometryImp*>(geometry.get())->instanceSearch().lastTiming();
+        boxesMs += timing.boxesMs;
+        treeMs += timing.treeMs;
+    }
+    report.set("index_boxes_ms", boxesMs);
+    report.set("index_tree_ms", treeMs);
 }
 
 } // namespace Kelvor

@@ -6,6 +6,7 @@
 #include "TarnwickCommon/kv_shared_ptr.h"
 #include "TarnwickRender/CKVBasicMaterial.h"
 #include "TarnwickRender/CKVBufferGeometry.h"
+#include "TarnwickRender/CKVDrawable.h"
 #include "TarnwickRender/CKVGraphicsContext.h"
 #include "TarnwickRender/CKVLogicBufferGeometry.h"
 #include "TarnwickRender/CKVScene.h"
@@ -38,6 +39,10 @@ public:
     TraversalTimes lastFrameTimes() const override;
     void reportMemory(CKVBenchReport& report) const override;
     void close() override;
+    long long pickPlacement(double x, double y) override;
+    void selectPlacements(double x1, double y1, double x2, double y2, std::vector<long long>& placements) override;
+    void setExhaustivePicking(bool exhaustive) override { mExhaustivePicking = exhaustive; }
+    void reportPickIndex(CKVBenchReport& report) const override;
 
     // For the command figures: the running context and its timer.
     CKVRenderContextX11Imp* context() const { return mContext; }
@@ -48,6 +53,9 @@ public:
     void setShadowLevel(int level) { mShadowLevel = level; }
     // Before `open`: see CKVBenchOptions::ssao.
     void setSSAOLevel(int level) { mSSAOLevel = level; }
+    // Before `build`: every placement gets a host drawable whose id is its
+    // index, so that picks name it.
+    void setPickable(bool pickable) { mPickable = pickable; }
 
 
 private:
@@ -64,6 +72,9 @@ private:
     // Lit with a material, and in the shadow and occlusion passes.
     bool isLit() const { return mShadowLevel >= 0 || mSSAOLevel >= 0; }
     kv_shared_ptr<CKVBasicMaterial> mMaterial;
+    bool mPickable = false;
+    bool mExhaustivePicking = false;
+    std::vector<kv_shared_ptr<CKVDrawable>> mDrawables;
 };
 
 } // namespace Kelvor

@@ -46,6 +46,20 @@ public:
     // at exit when a context is left to static destruction.
     virtual void close() = 0;
 
+    // Picking, on the pick paths. The placement under window point (x, y),
+    // y counted from the top, or -1 for none; the placements inside a
+    // window rectangle. Ways that cannot pick answer nothing.
+    virtual long long pickPlacement(double /*x*/, double /*y*/) { return -1; }
+    virtual void selectPlacements(double /*x1*/, double /*y1*/, double /*x2*/, double /*y2*/,
+                                  std::vector<long long>& placements)
+    {
+        placements.clear();
+    }
+    // Tries every instance instead of searching; the answers must not change.
+    virtual void setExhaustivePicking(bool /*exhaustive*/) {}
+    // What building the picking index cost, where the way has one.
+    virtual void reportPickIndex(CKVBenchReport& /*report*/) const {}
+
 protected:
     // The traversal times of `frameNumber` from a viewer's and a camera's
     // statistics.

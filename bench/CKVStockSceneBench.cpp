@@ -5,6 +5,11 @@
 #include <osg/Geometry>
 #include <osg/MatrixTransform>
 #include <osg/Stats>
+#include <osgUtil/IntersectionVisitor>
+#include <osgUtil/LineSegmentIntersector>
+#include <osgUtil/PolytopeIntersector>
+
+#include <algorithm>
 
 namespace Kelvor {
 
@@ -73,6 +78,8 @@ bool CKVStockSceneBench::build(std::vector<CKVBenchMesh> const& meshes,
             osg::Matrixd::rotate(placement.quarterTurns * 1.5707963267948966, osg::Vec3d(0, 0, 1)) *
             osg::Matrixd::translate(placement.x, placement.y, placement.z));
         transform->addChild(shapes[placement.mesh].get());
+        if (mPickable)
+            mPlacementOf[transform.get()] = static_cast<long long>(&placement - placements.data());
         mRoot->addChild(transform.get());
     }
     mTransforms = double(placements.size());
@@ -123,11 +130,49 @@ void CKVStockSceneBench::close()
     }
     mViewer->setSceneData(nullptr);
     mRoot = nullptr;
+    mPlacementOf.clear();
     if (mContext.valid())
         mContext->close();
     mViewer->getCamera()->setGraphicsContext(nullptr);
     mViewer = nullptr;
     mContext = nullptr;
+}
+
+long long CKVStockSceneBench::placementOnPath(osg::NodePath const& path) const
+{
+    for (std::size_t i = path.size(); i-- > 0;) {
+        auto const found = mPlacementOf.find(path[i]);
+        if (found != mPlacementOf.end())
+            return found->second;
+    }
+    return -1;
+}
+
+long long CKVStockSceneBench::pickPlacement(double x, double y)
+{
+    osg::Camera* camera = mViewer->getCamera();
+    osg::ref_ptr<osgUtil::LineSegmentIntersector> intersector =
+        new osgUtil::LineSegmentIntersector(osgUtil::Intersector::WINDOW, x, camera->getViewport()->height() - y);
+    osgUtil::IntersectionVisitor visitor(intersector.get());
+    camera->accept(visitor);
+    if (!intersector->containsIntersections())
+        return -1;
+    return placementOnPath(intersector->getFirstIntersection().nodePath);
+}
+
+void CKVStockSceneBench::selectPlacements(double x1, double y1, double x2, double y2,
+                                          std::vector<long long>& placements)
+{
+    placements.clear();
+    osg::Camera* camera = mViewer->getCamera();
+    double const height = camera->getViewport()->height();
+    osg::ref_ptr<osgUtil::PolytopeIntersector> intersector = new osgUtil::PolytopeIntersector(
+        osgUtil::Intersector::WINDOW, std::min(x1, x2), height - std::max(y1, y2), std::max(x1, x2),
+        height - std::min(y1, y2));
+    osgUtil::IntersectionVisitor visitor(intersector.get());
+    camera->accept(visitor);
+    for (osgUtil::PolytopeIntersector::Intersection const& hit : intersector->getIntersections())
+        placements.push_back(placementOnPath(hit.nodePath));
 }
 
 } // namespace Kelvor

@@ -7,6 +7,8 @@
 #include <osg/ref_ptr>
 #include <osgViewer/Viewer>
 
+#include <unordered_map>
+
 namespace Kelvor {
 
 // The graph a plain OpenSceneGraph user builds for the same model: one
@@ -26,6 +28,10 @@ public:
     TraversalTimes lastFrameTimes() const override;
     void reportMemory(CKVBenchReport& report) const override;
     void close() override;
+    long long pickPlacement(double x, double y) override;
+    void selectPlacements(double x1, double y1, double x2, double y2, std::vector<long long>& placements) override;
+    // Before `build`: remember which transform is which placement.
+    void setPickable(bool pickable) { mPickable = pickable; }
 
 private:
     osg::ref_ptr<osg::GraphicsContext> mContext;
@@ -33,6 +39,10 @@ private:
     osg::ref_ptr<osg::Group> mRoot;
     double mVertexBytes = 0.0;
     double mTransforms = 0.0;
+    bool mPickable = false;
+    std::unordered_map<osg::Node const*, long long> mPlacementOf;
+
+    long long placementOnPath(osg::NodePath const& path) const;
 };
 
 } // namespace Kelvor

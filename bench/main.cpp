@@ -25,6 +25,14 @@ int main(int argc, char** argv)
     if (options.path == "commands") {
         CKVHostSceneBench bench;
         ok = CKVBenchRunner::runCommands(bench, options, report);
+    } else if (options.path == "pick-host") {
+        CKVHostSceneBench bench;
+        bench.setPickable(true);
+        ok = CKVBenchRunner::runPicks(bench, options, report);
+    } else if (options.path == "pick-stock") {
+        CKVStockSceneBench bench;
+        bench.setPickable(true);
+        ok = CKVBenchRunner::runPicks(bench, options, report);
     } else if (options.path == "host") {
         CKVHostSceneBench bench;
         bench.setShadowLevel(options.shadows);

@@ -7,7 +7,10 @@
 #include <osg/KdTree>
 #include <osg/TemplatePrimitiveFunctor>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace Kelvor {
 
@@ -53,21 +56,78 @@ CKVOSGPolytopeIntersector::CKVOSGPolytopeIntersector(CoordinateFrame frame, doub
 {
 }
 
-CKVOSGPolytopeIntersector::Intersections& CKVOSGPolytopeIntersector::getIntersections()
+CKVOSGPolytopeIntersector& CKVOSGPolytopeIntersector::root()
 {
     // Only our clone() sets the parent, and always to one of ours.
-    return _parent ? static_cast<CKVOSGPolytopeIntersector*>(_parent)->mIntersections : mIntersections;
+    return _parent ? *static_cast<CKVOSGPolytopeIntersector*>(_parent) : *this;
+}
+
+void CKVOSGPolytopeIntersector::insertIntersection(Intersection intersection)
+{
+    root().mFound.push_back(std::move(intersection));
+}
+
+CKVOSGPolytopeIntersector::Intersections& CKVOSGPolytopeIntersector::getIntersections()
+{
+    CKVOSGPolytopeIntersector& owner = root();
+    if (!owner.mFound.empty())
+        owner.putInOrder();
+    return owner.mIntersections;
+}
+
+void CKVOSGPolytopeIntersector::putInOrder()
+{
+    // Everything in the order it was found: what was put in order before
+    // came first.
+    std::vector<Intersection*> found;
+    found.reserve(mIntersections.size() + mFound.size());
+    for (Intersection& record : mIntersections)
+        found.push_back(&record);
+    for (Intersection& record : mFound)
+        found.push_back(&record);
+
+    // Sorted through small keys: the distance decides almost every
+    // comparison without touching the records themselves.
+    struct Key
+    {
+        double distance;
+        Intersection* record;
+    };
+    std::vector<Key> keys;
+    keys.reserve(found.size());
+    for (Intersection* record : found)
+        keys.push_back(Key{record->distance, record});
+    // Stable, so that of equal records the one found first comes first.
+    std::stable_sort(keys.begin(), keys.end(), [](Key const& a, Key const& b) {
+        if (a.distance < b.distance)
+            return true;
+        if (b.distance < a.distance)
+            return false;
+        return *a.record < *b.record;
+    });
+    Intersections ordered;
+    ordered.reserve(keys.size());
+    for (Key const& key : keys)
+    {
+        if (!ordered.empty() && !(ordered.back() < *key.record))
+            continue;
+        ordered.push_back(std::move(*key.record));
+    }
+    mIntersections.swap(ordered);
+    mFound.clear();
 }
 
 bool CKVOSGPolytopeIntersector::containsIntersections()
 {
-    return !getIntersections().empty();
+    CKVOSGPolytopeIntersector& owner = root();
+    return !owner.mIntersections.empty() || !owner.mFound.empty();
 }
 
 void CKVOSGPolytopeIntersector::reset()
 {
     osgUtil::PolytopeIntersector::reset();
     mIntersections.clear();
+    mFound.clear();
 }
 
 osgUtil::Intersector* CKVOSGPolytopeIntersector::clone(osgUtil::IntersectionVisitor& visitor)

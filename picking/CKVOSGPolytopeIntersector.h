@@ -2,7 +2,8 @@
 
 #include <osgUtil/PolytopeIntersector>
 
-#include <set>
+#include <deque>
+#include <vector>
 
 namespace Kelvor {
 
@@ -17,6 +18,12 @@ namespace Kelvor {
 // the stock set orders by distance, primitive, path and drawable only: two
 // instances of one geometry at the same depth would count as one hit and the
 // second would be dropped. Our record adds the index and orders by it last.
+//
+// Records are gathered in a flat list and put in order once, when they are
+// first read: a selection over thousands of instances makes hundreds of
+// thousands of them, and an ordered set paid a cache miss per level of its
+// tree for each. The order and the records kept are the set's: nearest
+// first, and of records that compare equal only the first one found.
 class CKVOSGPolytopeIntersector : public osgUtil::PolytopeIntersector
 {
 public:
@@ -26,7 +33,7 @@ public:
 
         bool operator<(Intersection const& other) const;
     };
-    typedef std::set<Intersection> Intersections;
+    typedef std::vector<Intersection> Intersections;
 
     explicit CKVOSGPolytopeIntersector(osg::Polytope const& polytope);
     CKVOSGPolytopeIntersector(CoordinateFrame frame, osg::Polytope const& polytope);
@@ -41,10 +48,16 @@ public:
     // The hits of the query, nearest to the reference plane first; a clone
     // answers with its parent's.
     Intersections& getIntersections();
-    void insertIntersection(Intersection const& intersection) { getIntersections().insert(intersection); }
+    void insertIntersection(Intersection intersection);
 
 private:
+    CKVOSGPolytopeIntersector& root();
+    void putInOrder();
+
+    // In order, and what was found since, in the order found. A deque:
+    // growing it moves nothing (the records cannot be moved cheaply).
     Intersections mIntersections;
+    std::deque<Intersection> mFound;
 };
 
 } // namespace Kelvor

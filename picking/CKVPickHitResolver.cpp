@@ -10,6 +10,7 @@
 #include "TarnwickRender/CKVSelectionResult.h"
 #include "TarnwickRender/CKVTextGeometry.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace Kelvor {
@@ -22,10 +23,10 @@ bool isClass(osg::Object const* object, char const* name)
 }
 
 // The host scene node that holds what was hit: the nearest transform node at
-// or above `from`.
+// or above `from` (which may be one past the path's end).
 CKVSceneNode const* sceneNodeAbove(osg::NodePath const& path, std::size_t from)
 {
-    for (std::size_t i = from + 1; i-- > 0;)
+    for (std::size_t i = std::min(from + 1, path.size()); i-- > 0;)
     {
         if (path[i] && isClass(path[i], CKVOSGTransformNode::s_className))
             return static_cast<CKVOSGTransformNode const*>(path[i])->tryGetSceneNode();
@@ -37,17 +38,18 @@ CKVSceneNode const* sceneNodeAbove(osg::NodePath const& path, std::size_t from)
 
 bool CKVPickHitResolver::resolve(Hit const& hit, CKVSelectionResult& result)
 {
-    osg::NodePath path;
-    if (hit.nodePath)
-        path = *hit.nodePath;
+    // Read in place: a selection resolves every record it lists.
+    static osg::NodePath const noPath;
+    osg::NodePath const& path = hit.nodePath ? *hit.nodePath : noPath;
     // The visitor's path already ends in the drawable when it was reached
-    // as a child; a drawable tested straight from a geode may be missing.
-    if (hit.drawable && (path.empty() || path.back() != hit.drawable))
-        path.push_back(hit.drawable);
+    // as a child; a drawable tested straight from a geode may be missing,
+    // and then stands one past the path's end.
+    bool const drawableMissing = hit.drawable && (path.empty() || path.back() != hit.drawable);
+    std::size_t const length = path.size() + (drawableMissing ? 1u : 0u);
 
-    for (std::size_t i = path.size(); i-- > 0;)
+    for (std::size_t i = length; i-- > 0;)
     {
-        osg::Node const* node = path[i];
+        osg::Node const* node = i < path.size() ? path[i] : hit.drawable;
         if (!node)
             continue;
         CKVLogicRenderObject const* logic = nullptr;

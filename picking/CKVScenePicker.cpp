@@ -23,6 +23,11 @@ bool firstResolved(osgUtil::LineSegmentIntersector& intersector, CKVSelectionRes
     return false;
 }
 
+bool sameInstance(CKVOSGPolytopeIntersector::Intersection const& a, CKVOSGPolytopeIntersector::Intersection const& b)
+{
+    return a.instanceIndex == b.instanceIndex && a.drawable == b.drawable && a.nodePath == b.nodePath;
+}
+
 } // namespace
 
 CKVScenePicker::CKVScenePicker(osg::Camera* camera)
@@ -39,6 +44,7 @@ bool CKVScenePicker::pick(CKVPoint3D const& pixel, CKVSelectionResult& result) c
         new CKVOSGLineSegmentIntersector(osgUtil::Intersector::WINDOW, pixel.x, height - pixel.y);
     CKVOSGIntersectionVisitor visitor(intersector.get());
     visitor.setTraversalMask(~0u);
+    visitor.setUseInstanceSearch(mUseInstanceSearch);
     mCamera->accept(visitor);
     return firstResolved(*intersector, result);
 }
@@ -51,6 +57,7 @@ bool CKVScenePicker::intersect(CKVPoint3D const& start, CKVPoint3D const& end, C
         new CKVOSGLineSegmentIntersector(osg::Vec3d(start.x, start.y, start.z), osg::Vec3d(end.x, end.y, end.z));
     CKVOSGIntersectionVisitor visitor(intersector.get());
     visitor.setTraversalMask(~0u);
+    visitor.setUseInstanceSearch(mUseInstanceSearch);
     mCamera->accept(visitor);
     return firstResolved(*intersector, result);
 }
@@ -69,16 +76,25 @@ bool CKVScenePicker::select(CKVPoint3D const& corner1, CKVPoint3D const& corner2
         osgUtil::Intersector::WINDOW, std::min(x1, x2), std::min(y1, y2), std::max(x1, x2), std::max(y1, y2));
     CKVOSGIntersectionVisitor visitor(intersector.get());
     visitor.setTraversalMask(~0u);
+    visitor.setUseInstanceSearch(mUseInstanceSearch);
     mCamera->accept(visitor);
 
     results.clear();
+    CKVOSGPolytopeIntersector::Intersection const* lastInstanceHit = nullptr;
     for (CKVOSGPolytopeIntersector::Intersection const& record : intersector->getIntersections())
     {
         if (results.size() >= maxCount)
             break;
+        // Another primitive of the instance resolved just before: it names
+        // the same drawable, which is already the last one listed.
+        if (lastInstanceHit && sameInstance(*lastInstanceHit, record))
+            continue;
+        lastInstanceHit = nullptr;
         CKVSelectionResult result;
         if (!CKVPickHitResolver::resolve(record, result))
             continue;
+        if (result.getInstanceIndex() != CKVSelectionResult::kNoInstance)
+            lastInstanceHit = &record;
         if (!results.empty() && results.back().getDrawable() == result.getDrawable())
             continue;
         results.push_back(result);

@@ -30,8 +30,13 @@ public:
     bool select(CKVPoint3D const& corner1, CKVPoint3D const& corner2, unsigned int maxCount,
                 std::vector<CKVSelectionResult>& results) const;
 
+    // Off: every instance of a geometry is tried, without the instance
+    // search. Answers are the same either way; off is the slow reference.
+    void setUseInstanceSearch(bool use) { mUseInstanceSearch = use; }
+
 private:
     osg::ref_ptr<osg::Camera> mCamera;
+    bool mUseInstanceSearch = true;
 };
 
 } // namespace Kelvor

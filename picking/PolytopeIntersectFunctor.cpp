@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <utility>
 
 namespace Kelvor {
 namespace PolytopeIntersectorUtils {
@@ -174,7 +175,7 @@ void IntersectFunctor<Vec3>::addIntersection(unsigned int primitiveIndex)
     for (unsigned int i = 0; i < record.numIntersectionPoints; ++i)
         record.intersectionPoints[i] = osgUtil::PolytopeIntersector::Vec3_type(mVertices[i]);
     record.primitiveIndex = primitiveIndex;
-    intersector.insertIntersection(record);
+    intersector.insertIntersection(std::move(record));
     mHit = true;
 }
 

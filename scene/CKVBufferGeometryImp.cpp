@@ -1,5 +1,6 @@
 #include "scene/CKVBufferGeometryImp.h"
 
+#include "picking/CKVInstanceSearch.h"
 #include "scene/CKVOSGGeometry.h"
 
 #include <algorithm>
@@ -47,6 +48,13 @@ bool CKVBufferGeometryImp::updateLogicBuffers(std::vector<bool> const& add,
         changed = changed || done;
     }
     return changed;
+}
+
+CKVInstanceSearch& CKVBufferGeometryImp::instanceSearch()
+{
+    if (!mInstanceSearch.valid())
+        mInstanceSearch = new CKVInstanceSearch;
+    return *mInstanceSearch;
 }
 
 } // namespace Kelvor

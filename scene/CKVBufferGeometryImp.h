@@ -8,6 +8,7 @@
 
 namespace Kelvor {
 
+class CKVInstanceSearch;
 class CKVOSGGeometry;
 
 // The backend's buffer geometry: the host keeps the logic buffers and packs
@@ -30,8 +31,12 @@ public:
     // separately (updatePhysicalBuffer, then CKVOSGGeometry::rebuild).
     bool updateLogicBuffers(std::vector<bool> const& add, std::vector<CKVLogicBufferGeometry*> const& buffers);
 
+    // Picking's index over the instances, made when first asked for.
+    CKVInstanceSearch& instanceSearch();
+
 private:
     osg::ref_ptr<CKVOSGGeometry> mGeometry;
+    osg::ref_ptr<CKVInstanceSearch> mInstanceSearch;
 };
 
 // Factory for the host's table.

@@ -1,5 +1,6 @@
 #include "scene/CKVOSGGeometry.h"
 
+#include "picking/CKVInstanceSearch.h"
 #include "programs/CKVRenderStateManager.h"
 #include "scene/CKVBufferGeometryImp.h"
 #include "scene/CKVOSGMultiDrawElementsIndirectUInt.h"
@@ -192,6 +193,7 @@ void CKVOSGGeometry::rebuild()
         removePrimitiveSet(0, getNumPrimitiveSets());
     if (CKVOSGMultiDrawElementsIndirectUInt* primitiveSet = primitiveSetOf(host.getVertexIndex()))
         addPrimitiveSet(primitiveSet);
+    static_cast<CKVBufferGeometryImp&>(host).instanceSearch().prepare(*this);
 }
 
 void CKVOSGGeometry::setInstanceMatrixRow(unsigned int row, osg::Array* array)

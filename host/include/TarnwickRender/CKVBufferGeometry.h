@@ -94,6 +94,9 @@ private:
 
     mutable std::mutex mLogicMutex;
     std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> mLogicBuffers;
+    // The instances by the index the last packing gave them; null where one
+    // was removed since.
+    std::vector<CKVLogicBufferGeometry*> mInstancesByIndex;
     bool mLogicChanged = false;
     bool mPackedInstances = false;
     bool mPackedParts = false;

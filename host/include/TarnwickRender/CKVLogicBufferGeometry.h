@@ -6,6 +6,7 @@
 #include "TarnwickRender/CKVVertexBufferAttribute.h"
 
 #include <atomic>
+#include <memory>
 #include <vector>
 
 namespace Kelvor {
@@ -39,7 +40,7 @@ public:
     bool setVertexData(CKVVertexBufferAttribute::Name name, float const* data, unsigned int count);
     bool setIndexData(unsigned int const* data, unsigned int count);
     std::vector<float> const& getVertexData(CKVVertexBufferAttribute::Name name) const;
-    std::vector<unsigned int> const& getIndexData() const { return mIndices; }
+    std::vector<unsigned int> const& getIndexData() const;
     // Vertices of the part, from its position data.
     unsigned int getNumVertex() const;
 
@@ -63,10 +64,19 @@ private:
     void placePart(unsigned int baseVertex, CKVBufferDataSegment const& segment);
     void unplace();
 
+    // What only a part has. A model of a million placements holds a million
+    // instances, so the part's buffers are kept out of the object until one
+    // is set.
+    struct PartData
+    {
+        std::vector<float> vertexData[CKVVertexBufferAttribute::kNameCount];
+        std::vector<unsigned int> indices;
+    };
+    PartData& partData();
+
     bool mIsInstance = false;
     CKVMatrix3D mInstanceMatrix;
-    std::vector<float> mVertexData[CKVVertexBufferAttribute::kNameCount];
-    std::vector<unsigned int> mIndices;
+    std::unique_ptr<PartData> mPart;
     std::atomic<CKVBufferGeometry const*> mOwner{nullptr};
     unsigned int mInstanceIndex = kNotPlaced;
     unsigned int mBaseVertex = kNotPlaced;

@@ -192,6 +192,8 @@ bool CKVBufferGeometry::removeLogicBufferImp(CKVLogicBufferGeometry* buffer)
     if (!buffer || it == mLogicBuffers.end())
         return false;
     // Unplace and release before the list drops what may be the last reference.
+    if (buffer->isInstance() && buffer->getInstanceIndex() < mInstancesByIndex.size())
+        mInstancesByIndex[buffer->getInstanceIndex()] = nullptr;
     buffer->unplace();
     buffer->release(this);
     mLogicBuffers.erase(it);
@@ -203,6 +205,13 @@ CKVLogicBufferGeometry const* CKVBufferGeometry::queryLogicBuffer(unsigned int i
                                                                   unsigned int primitiveIndex) const
 {
     std::lock_guard<std::mutex> lock(mLogicMutex);
+    // A selection resolves every hit it lists: the packing's own table
+    // answers without a walk over every buffer.
+    if (instanceIndex < mInstancesByIndex.size()) {
+        CKVLogicBufferGeometry const* placed = mInstancesByIndex[instanceIndex];
+        if (placed && placed->getInstanceIndex() == instanceIndex)
+            return placed;
+    }
     for (kv_shared_ptr<CKVLogicBufferGeometry> const& buffer : mLogicBuffers) {
         if (buffer->isInstance() && buffer->getInstanceIndex() == instanceIndex)
             return buffer.get();
@@ -317,6 +326,7 @@ bool CKVBufferGeometry::packInstances(std::vector<CKVLogicBufferGeometry*> const
 
     for (unsigned int i = 0; i < count; ++i)
         instances[i]->placeInstance(i);
+    mInstancesByIndex = instances;
     if (mIndex) {
         mIndex->setNumInstance(count);
         mIndex->updateDrawRange();

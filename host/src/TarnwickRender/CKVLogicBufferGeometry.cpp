@@ -18,9 +18,7 @@ bool CKVLogicBufferGeometry::setInstanceMatrix(CKVMatrix3D const& matrix)
         return false;
     mIsInstance = true;
     mInstanceMatrix = matrix;
-    for (std::vector<float>& data : mVertexData)
-        data.clear();
-    mIndices.clear();
+    mPart.reset();
     return true;
 }
 
@@ -34,7 +32,7 @@ bool CKVLogicBufferGeometry::setVertexData(CKVVertexBufferAttribute::Name name, 
     if (n == 0)
         return false;
     count -= count % n;
-    mVertexData[name].assign(data, data + count);
+    partData().vertexData[name].assign(data, data + count);
     return true;
 }
 
@@ -42,19 +40,34 @@ bool CKVLogicBufferGeometry::setIndexData(unsigned int const* data, unsigned int
 {
     if (getOwner() || mIsInstance || (!data && count != 0))
         return false;
-    mIndices.assign(data, data + count);
+    if (count == 0 && !mPart)
+        return true;
+    partData().indices.assign(data, data + count);
     return true;
+}
+
+CKVLogicBufferGeometry::PartData& CKVLogicBufferGeometry::partData()
+{
+    if (!mPart)
+        mPart.reset(new PartData);
+    return *mPart;
+}
+
+std::vector<unsigned int> const& CKVLogicBufferGeometry::getIndexData() const
+{
+    static std::vector<unsigned int> const empty;
+    return mPart ? mPart->indices : empty;
 }
 
 std::vector<float> const& CKVLogicBufferGeometry::getVertexData(CKVVertexBufferAttribute::Name name) const
 {
     static std::vector<float> const empty;
-    return name < CKVVertexBufferAttribute::kNameCount ? mVertexData[name] : empty;
+    return mPart && name < CKVVertexBufferAttribute::kNameCount ? mPart->vertexData[name] : empty;
 }
 
 unsigned int CKVLogicBufferGeometry::getNumVertex() const
 {
-    return static_cast<unsigned int>(mVertexData[CKVVertexBufferAttribute::kVertex].size() / 3);
+    return mPart ? static_cast<unsigned int>(mPart->vertexData[CKVVertexBufferAttribute::kVertex].size() / 3) : 0u;
 }
 
 bool CKVLogicBufferGeometry::claim(CKVBufferGeometry const* owner)
