@@ -73,7 +73,8 @@ void CKVRenderConfigApplier::applySwitches(CKVRenderConfig const& config, bool a
         mRoot->setColorGradingEnabled(config.getColorGradingUse());
     if (changed(&CKVRenderConfig::getSkyTerrainUse))
         applyDefine(kSkyTerrainDefine, config.getSkyTerrainUse());
-    // Depth of field: the root's switch, once its generator exists.
+    if (changed(&CKVRenderConfig::getDOFUse) && mRoot.valid())
+        mRoot->setDOFEnabled(config.getDOFUse());
     if (changed(&CKVRenderConfig::getRainUse))
         applyDefine(kRainDefine, config.getRainUse());
     // Snow on surfaces follows the density below; turning it off is final.
@@ -157,8 +158,14 @@ void CKVRenderConfigApplier::applyValues(CKVRenderConfig const& config)
         getOrCreateRootUniform(kFogDensity, osg::Uniform::FLOAT)->set(config.getFogDensity());
         mRoot->setColorGrading(config.getColorGrading());
     }
-    // Depth-of-field distances and edge colours: the root's generators, once
-    // they exist.
+    if (mRoot.valid()) {
+        mRoot->setDOFNearEnd(config.getDOFNearEnd());
+        mRoot->setDOFFarBegin(config.getDOFFarBegin());
+        mRoot->setDOFBlurSize(config.getDOFBlurSize());
+        CKVVec4<float> const& edge = config.getRenderStyleEdgeColor();
+        mRoot->setEdgeColor(osg::Vec4f(edge.x, edge.y, edge.z, edge.w));
+        mRoot->setEdgeOnlyBackgroundColor(toVec3(config.getEdgeOnlyBackgroundColor()));
+    }
 
     if (mRainIntensity.valid())
         mRainIntensity->set(config.getRainDensity());

@@ -188,4 +188,29 @@ void CKVFullScreenGeometry::drawTriangle()
     glDrawArrays(GL_TRIANGLES, 0, 3);
 }
 
+bool CKVFullScreenGeometry::depthRange(osg::State const& state, double& zNear, double& zFar)
+{
+    osg::Matrixd const& projection = state.getProjectionMatrix();
+    double fovy = 0.0;
+    double aspect = 0.0;
+    if (projection.getPerspective(fovy, aspect, zNear, zFar))
+        return true;
+    double left = 0.0;
+    double right = 0.0;
+    double bottom = 0.0;
+    double top = 0.0;
+    return projection.getOrtho(left, right, bottom, top, zNear, zFar);
+}
+
+GLuint CKVFullScreenGeometry::buildFragmentProgram(osg::GLExtensions& gl, char const* header, char const* name)
+{
+    char const* body = KVShaderSource::get(name);
+    if (!body)
+    {
+        OSG_WARN << "Full-screen effect shader " << name << " is not built in" << std::endl;
+        return 0;
+    }
+    return buildProgram(gl, triangleVertexSource(), std::string(header) + body);
+}
+
 } // namespace Kelvor

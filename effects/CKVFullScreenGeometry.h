@@ -79,6 +79,12 @@ protected:
     // Attaches level 0 of `texture` at `attachment` of the bound framebuffer.
     static void attachTexture(osg::State& state, GLenum attachment, osg::Texture* texture);
     static void drawTriangle();
+    // The near and far planes of the projection the scene was drawn with
+    // (perspective, else orthographic); false when it is neither.
+    static bool depthRange(osg::State const& state, double& zNear, double& zFar);
+    // A program of the screen triangle and the built-in fragment text
+    // `name`, behind `header` (version and defines); 0 on failure.
+    static GLuint buildFragmentProgram(osg::GLExtensions& gl, char const* header, char const* name);
 
 private:
     osg::ref_ptr<osg::Texture2D> mInput;

@@ -1,5 +1,6 @@
 #include "effects/CKVPostProcessNode.h"
 
+#include "effects/CKVDOFGenerator.h"
 #include "effects/CKVDrawBufferSelect.h"
 #include "effects/CKVEffectChain.h"
 #include "effects/CKVFinalPass.h"
@@ -7,12 +8,15 @@
 #include "effects/CKVSceneRenderTargets.h"
 #include "effects/CKVSSAOGenerator.h"
 #include "effects/CKVShadowGenerator.h"
+#include "effects/CKVSilhouetteGenerator.h"
 #include "environment/CBGGeode.h"
 #include "programs/CKVProgramManager.h"
 #include "scene/CKVOSGTransformNode.h"
 #include "scene/CKVSceneNodeImp.h"
 #include "viewer/CKVGISCamera.h"
 #include "viewer/CKVOSGCamera.h"
+
+#include "TarnwickRender/CKVRenderConfig.h"
 
 #include <osg/BoundingBox>
 #include <osgUtil/CullVisitor>
@@ -60,6 +64,9 @@ CKVPostProcessNode::CKVPostProcessNode(CKVOSGCamera* mainCamera, osg::FloatArray
     if (!viewport)
         setViewport(0, 0, mTargets->getWidth(), mTargets->getHeight());
     mFinalPass.reset(new CKVFinalPass);
+    mSilhouetteGenerator = new CKVSilhouetteGenerator(mTargets->getSilhouetteTexture(), mTargets->getDepthTexture(),
+                                                      mTargets->getWidth(), mTargets->getHeight());
+    mDOFGenerator = new CKVDOFGenerator(mTargets->getDepthTexture(), mTargets->getWidth(), mTargets->getHeight());
 
     mDrawBufferSelect = new CKVDrawBufferSelect;
     mDrawBufferGeode = new CBGGeode;
@@ -172,13 +179,67 @@ void CKVPostProcessNode::setTAAEnabled(bool enabled)
 
 void CKVPostProcessNode::applyRenderStyle(int style)
 {
-    setSilhouetteEnabled(style != 0);
+    setSilhouetteEnabled(style != CKVRenderConfig::kShaded);
+    if (style != CKVRenderConfig::kShaded)
+        setEdgeOnly(style == CKVRenderConfig::kEdgesOnly);
     osg::StateSet* stateSet = getOrCreateStateSet();
-    if (style == 2)
+    if (style == CKVRenderConfig::kWhiteModelWithEdges)
         stateSet->setDefine(kWhiteColorDefine, osg::StateAttribute::ON);
     else
         stateSet->removeDefine(kWhiteColorDefine);
     CKVProgramManager::instance().dirtyDefine(kWhiteColorDefine);
+}
+
+CKVSilhouetteGenerator* CKVPostProcessNode::silhouette() const
+{
+    CKVFullScreenGenerator* generator = mSilhouetteGenerator.get();
+    return generator && std::strcmp(generator->className(), "CKVSilhouetteGenerator") == 0
+               ? static_cast<CKVSilhouetteGenerator*>(generator)
+               : nullptr;
+}
+
+CKVDOFGenerator* CKVPostProcessNode::depthOfField() const
+{
+    CKVFullScreenGenerator* generator = mDOFGenerator.get();
+    return generator && std::strcmp(generator->className(), "CKVDOFGenerator") == 0
+               ? static_cast<CKVDOFGenerator*>(generator)
+               : nullptr;
+}
+
+void CKVPostProcessNode::setDOFNearEnd(float value)
+{
+    if (CKVDOFGenerator* generator = depthOfField())
+        generator->setNearEnd(value);
+}
+
+void CKVPostProcessNode::setDOFFarBegin(float value)
+{
+    if (CKVDOFGenerator* generator = depthOfField())
+        generator->setFarBegin(value);
+}
+
+void CKVPostProcessNode::setDOFBlurSize(float value)
+{
+    if (CKVDOFGenerator* generator = depthOfField())
+        generator->setBlurSize(value);
+}
+
+void CKVPostProcessNode::setEdgeColor(osg::Vec4f const& color)
+{
+    if (CKVSilhouetteGenerator* generator = silhouette())
+        generator->setEdgeColor(color);
+}
+
+void CKVPostProcessNode::setEdgeOnlyBackgroundColor(osg::Vec3f const& color)
+{
+    if (CKVSilhouetteGenerator* generator = silhouette())
+        generator->setEdgeOnlyBackgroundColor(color);
+}
+
+void CKVPostProcessNode::setEdgeOnly(bool edgeOnly)
+{
+    if (CKVSilhouetteGenerator* generator = silhouette())
+        generator->setEdgeOnly(edgeOnly);
 }
 
 bool CKVPostProcessNode::setColorGrading(std::string const& imagePath)

@@ -12,6 +12,7 @@
 #include <osg/Texture2D>
 #include <osg/Uniform>
 #include <osg/Vec3f>
+#include <osg/Vec4f>
 
 #include <memory>
 #include <string>
@@ -24,6 +25,7 @@ class CullVisitor;
 namespace Kelvor {
 
 class CBGGeode;
+class CKVDOFGenerator;
 class CKVDrawBufferSelect;
 class CKVFinalPass;
 class CKVFullScreenGenerator;
@@ -32,6 +34,7 @@ class CKVOSGCamera;
 class CKVSceneRenderTargets;
 class CKVShadowGenerator;
 class CKVSSAOGenerator;
+class CKVSilhouetteGenerator;
 
 // The root of everything the backend draws. When a full-screen effect is on
 // it renders the scene into its own targets (a pre-render pass), hands them
@@ -77,8 +80,17 @@ public:
     bool isActive() const { return mActive; }
 
     // Render styles 0 to 3: edges off; edges; edges on a white model; edges
-    // only. The edge-only part reaches the edge effect once it exists.
+    // only.
     void applyRenderStyle(int style);
+
+    // Settings of the depth of field and the edges; they reach the effects
+    // made by this node, not ones set in their place.
+    void setDOFNearEnd(float value);
+    void setDOFFarBegin(float value);
+    void setDOFBlurSize(float value);
+    void setEdgeColor(osg::Vec4f const& color);
+    void setEdgeOnlyBackgroundColor(osg::Vec3f const& color);
+    void setEdgeOnly(bool edgeOnly);
 
     // Reads a grading table image into the table. False, with the old table
     // kept, before grading was first switched on or when the image cannot
@@ -171,6 +183,10 @@ private:
     // write an output for it, then rebuilds and relinks.
     void switchEffect(bool& flag, bool enabled, char const* define, bool recompileSurfaces);
     void setGenerator(osg::ref_ptr<CKVFullScreenGenerator>& slot, CKVFullScreenGenerator* generator);
+    // The edge and depth-of-field effects in their slots, or null when
+    // another effect was set there.
+    CKVSilhouetteGenerator* silhouette() const;
+    CKVDOFGenerator* depthOfField() const;
 
     osg::ref_ptr<CKVOSGCamera> mMainCamera;
     osg::ref_ptr<osg::FloatArray> mCameraInfo;

@@ -14,7 +14,7 @@ struct FeatureRow
 // One row per switchable effect. When the backend learns to draw one, its
 // row turns true and the viewer's option and key come alive.
 constexpr FeatureRow kFeatures[] = {
-    {ViewFeature::kEdges, "edges", false},
+    {ViewFeature::kEdges, "edges", true},
     {ViewFeature::kAtmosphere, "the atmosphere and sky", false},
     {ViewFeature::kShadows, "shadows", true},
     {ViewFeature::kAmbientOcclusion, "ambient occlusion", true},

@@ -120,7 +120,7 @@ bool ViewOptionParser::isViewName(std::string const& name)
 int ViewOptionParser::styleNumber(std::string const& name)
 {
     for (StyleName const& style : kStyles) {
-        if (name == style.name)
+        if (name == style.name || name == std::to_string(style.number))
             return style.number;
     }
     return -1;
@@ -183,7 +183,7 @@ bool ViewOptionParser::parse(std::vector<std::string> const& arguments, ViewOpti
                 return false;
             options.style = styleNumber(text);
             if (options.style < 0)
-                return fail("unknown --style '" + text + "': one of shaded, edges, white, lines");
+                return fail("unknown --style '" + text + "': one of shaded, edges, white, lines (or 0 to 3)");
             // Every style but plain shading draws edges.
             if (options.style != 0 && !ViewFeatures::isAvailable(ViewFeature::kEdges))
                 return fail("--style " + text + ": " + ViewFeatures::notAvailable(ViewFeature::kEdges));
@@ -234,7 +234,7 @@ std::string ViewOptionParser::usage()
         missing = "Not available yet: " + missing + "; the options and keys that need them say so.\n";
     return "usage: tarnwick-view [MODEL] [--capture out.png] [--size WxH]\n"
            "                     [--view iso|front|back|left|right|top | --camera ex,ey,ez,tx,ty,tz]\n"
-           "                     [--style shaded|edges|white|lines] [--background #RRGGBB|r,g,b|gradient|sky]\n"
+           "                     [--style shaded|edges|white|lines|0-3] [--background #RRGGBB|r,g,b|gradient|sky]\n"
            "                     [--fog] [--no-shadows] [--no-ssao] [--builtin] [--version]\n"
            "MODEL: an IFC file, a tile set (.osgb, .s3c, .lfp), an FBX file or any model OpenSceneGraph reads.\n"
            "Without MODEL the FZK-Haus sample is shown when installed, else (and with --builtin)\n"

@@ -90,6 +90,24 @@ TEST_F(ViewCaptureGLTest, FzkHausCaptureMatchesItsGolden)
     expectMatchesGolden(*image, "view_fzk_haus", captureTolerance());
 }
 
+// The house in the three styles with edges, as numbered on the command
+// line; the edge-only picture is mostly its white background.
+TEST_F(ViewCaptureGLTest, FzkHausInTheEdgeStyles)
+{
+    if (::access(kHausPath, R_OK) != 0)
+        GTEST_SKIP() << "the FZK-Haus sample (assimp-testmodels) is not installed";
+    char const* const names[] = {"view_fzk_haus_style1", "view_fzk_haus_style2", "view_fzk_haus_style3"};
+    for (int style = 1; style <= 3; ++style) {
+        osg::ref_ptr<osg::Image> image = capture({"--style", std::to_string(style)}, "fzk_style.png");
+        ASSERT_TRUE(image.valid()) << style;
+        expectMatchesGolden(*image, names[style - 1], captureTolerance());
+        if (style == 3) {
+            unsigned char const* corner = image->data(0, image->t() - 1);
+            EXPECT_EQ(osg::Vec3i(corner[0], corner[1], corner[2]), osg::Vec3i(255, 255, 255));
+        }
+    }
+}
+
 TEST_F(ViewCaptureGLTest, BuiltInBuildingRendersHeadlessOnAPrivateServer)
 {
     // No DISPLAY at all: the program starts and stops its own Xvfb.

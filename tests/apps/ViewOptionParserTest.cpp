@@ -92,6 +92,10 @@ TEST(ViewOptionParserTest, ModelNamesAndRenderOptions)
     EXPECT_FALSE(parse({"--frobnicate"}, refused));
     EXPECT_FALSE(parse({"--view", "sideways"}, refused));
     EXPECT_FALSE(parse({"--style", "cartoon"}, refused));
+    EXPECT_FALSE(parse({"--style", "4"}, refused));
+    ViewOptions numbered;
+    ASSERT_TRUE(parse({"--style", "3"}, numbered));
+    EXPECT_EQ(numbered.style, CKVRenderConfig::kEdgesOnly);
     EXPECT_FALSE(parse({"--background", "1.2,0,0"}, refused));
     EXPECT_FALSE(parse({"--background", "#12345G"}, refused));
     EXPECT_FALSE(parse({"--builtin", "model.obj"}, refused));

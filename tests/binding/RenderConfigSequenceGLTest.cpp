@@ -3,7 +3,10 @@
 // change recompiles the shaders that listen to it.
 #include "RenderContextFixture.h"
 
+#include "effects/CKVDOFGenerator.h"
 #include "effects/CKVPostProcessNode.h"
+#include "effects/CKVSilhouetteGenerator.h"
+#include "effects/DOFGeometry.h"
 #include "programs/CKVProgramManager.h"
 
 #include "TarnwickRender/CKVRCApplyRenderConfig.h"
@@ -88,6 +91,23 @@ TEST_F(RenderConfigSequenceGLTest, OnlyTheChangedSwitchMovesItsDefine)
     Names const white = applyAndDiff(config);
     EXPECT_TRUE(white.count("_USE_WHITE_COLOR"));
     EXPECT_TRUE(mContext->getRoot()->getSilhouetteEnabled());
+
+    // Depth of field is a switch; its distances, like the edge colours, are
+    // values that reach the effects themselves.
+    config.setDOFUse(true);
+    config.setDOFNearEnd(0.2f);
+    config.setDOFBlurSize(0.1f);
+    config.setRenderStyle(CKVRenderConfig::kEdgesOnly);
+    config.setRenderStyleEdgeColor(CKVVec4<float>(0.1f, 0.2f, 0.3f, 0.5f));
+    Names const dof = applyAndDiff(config);
+    EXPECT_TRUE(dof.count("_USE_DOF"));
+    EXPECT_TRUE(mContext->getRoot()->getDOFEnabled());
+    auto const* edges = static_cast<CKVSilhouetteGenerator*>(mContext->getRoot()->getSilhouetteGenerator());
+    EXPECT_TRUE(edges->getEdgeOnly());
+    EXPECT_EQ(edges->getEdgeColor(), osg::Vec4f(0.1f, 0.2f, 0.3f, 0.5f));
+    DOFGeometry const* blur = static_cast<CKVDOFGenerator*>(mContext->getRoot()->getDOFGenerator())->getDOFGeometry();
+    EXPECT_FLOAT_EQ(blur->getNearEnd(), 0.2f);
+    EXPECT_FLOAT_EQ(blur->getBlend(), 0.4f);
 
     // Values that are not switches reach their uniforms without any define.
     changes = defineChanges();

@@ -335,19 +335,5 @@ TEST(CKVPostProcessChainTest, SunOnScreenFollowsTheViewOnlyWithVolumetricLight)
     EXPECT_NEAR(onScreen.y(), 0.5f, 1e-5f);
 }
 
-TEST(CKVPostProcessChainTest, RenderStyleDrivesEdgesAndWhiteModel)
-{
-    osg::ref_ptr<CKVPostProcessNode> root = makeRoot(makeMainCamera().get());
-    root->applyRenderStyle(2);
-    EXPECT_TRUE(root->getSilhouetteEnabled());
-    EXPECT_NE(root->getStateSet()->getDefinePair("_USE_WHITE_COLOR"), nullptr);
-    root->applyRenderStyle(3);
-    EXPECT_TRUE(root->getSilhouetteEnabled());
-    EXPECT_EQ(root->getStateSet()->getDefinePair("_USE_WHITE_COLOR"), nullptr);
-    root->applyRenderStyle(0);
-    EXPECT_FALSE(root->getSilhouetteEnabled());
-    EXPECT_FALSE(root->isActive());
-}
-
 } // namespace
 } // namespace Kelvor
