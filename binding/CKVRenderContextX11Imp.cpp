@@ -1,6 +1,7 @@
 #include "binding/CKVRenderContextX11Imp.h"
 
 #include "binding/CKVRenderContextCaptureListener.h"
+#include "effects/CKVHiZGenerator.h"
 #include "effects/CKVPostProcessNode.h"
 #include "effects/CKVShadowGenerator.h"
 #include "programs/CKVRenderStateManager.h"
@@ -96,6 +97,7 @@ bool CKVRenderContextX11Imp::initialize(CKVGraphicsContext* graphicsContext)
     // The effects (atmosphere, HiZ, shadows, SSAO, LPV, water) join the root here as they land.
     // So does the weather geode with the rain and snow particle systems.
     getRoot()->setShadowGenerator(new CKVShadowGenerator(scene, getMainCamera(), getRoot()));
+    getRoot()->setHiZGenerator(new CKVHiZGenerator(getMainCamera(), getRoot()));
     createCachesAndScene(scene);
     window->setTickTarget(this);
     configureViewerState();

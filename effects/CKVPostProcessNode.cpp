@@ -5,6 +5,7 @@
 #include "effects/CKVFinalPass.h"
 #include "effects/CKVFullScreenGenerator.h"
 #include "effects/CKVSceneRenderTargets.h"
+#include "effects/CKVHiZGenerator.h"
 #include "effects/CKVShadowGenerator.h"
 #include "environment/CBGGeode.h"
 #include "programs/CKVProgramManager.h"
@@ -229,6 +230,19 @@ void CKVPostProcessNode::setShadowGenerator(CKVShadowGenerator* generator)
         insertChild(0, mShadow.get());
 }
 
+void CKVPostProcessNode::setHiZGenerator(CKVHiZGenerator* generator)
+{
+    if (generator == mHiZ.get())
+        return;
+    if (mHiZ.valid())
+        removeChild(mHiZ.get());
+    mHiZ = generator;
+    if (!mHiZ.valid())
+        return;
+    unsigned int const shadowAt = mShadow.valid() ? getChildIndex(mShadow.get()) : getNumChildren();
+    insertChild(shadowAt < getNumChildren() ? shadowAt : 0, mHiZ.get());
+}
+
 void CKVPostProcessNode::relinkChain()
 {
     mActive = mTAAEnabled || mSilhouetteEnabled || mVolumetricLightEnabled || mColorGradingEnabled || mDOFEnabled;
@@ -310,6 +324,8 @@ void CKVPostProcessNode::resize(int width, int height)
         if (generator)
             generator->resize(width, height);
     }
+    if (mHiZ.valid())
+        mHiZ->resize(static_cast<unsigned int>(width), static_cast<unsigned int>(height));
     osg::Camera::resize(width, height, osg::Camera::RESIZE_VIEWPORT | osg::Camera::RESIZE_ATTACHMENTS);
 }
 

@@ -28,6 +28,7 @@ class CKVDrawBufferSelect;
 class CKVFinalPass;
 class CKVFullScreenGenerator;
 class CKVGISCamera;
+class CKVHiZGenerator;
 class CKVOSGCamera;
 class CKVSceneRenderTargets;
 class CKVShadowGenerator;
@@ -100,6 +101,12 @@ public:
     // earlier one.
     void setShadowGenerator(CKVShadowGenerator* generator);
     CKVShadowGenerator* getShadowGenerator() const { return mShadow.get(); }
+
+    // The instance culling generator, a child of this node placed before
+    // the shadow generator: its passes run before the scene pass whether or
+    // not a full-screen effect is on. Replaces any earlier one.
+    void setHiZGenerator(CKVHiZGenerator* generator);
+    CKVHiZGenerator* getHiZGenerator() const { return mHiZ.get(); }
 
     // Points each effect at its input and the final pass at the last result.
     void relinkChain();
@@ -188,6 +195,7 @@ private:
     osg::ref_ptr<CKVFullScreenGenerator> mDOFGenerator;
     bool mColorGradingEnabled = false;
     osg::ref_ptr<CKVShadowGenerator> mShadow;
+    osg::ref_ptr<CKVHiZGenerator> mHiZ;
     std::vector<kv_shared_ptr<CKVSceneNode>> mSceneNodes;
     osg::ref_ptr<osg::Group> mGISGroup;
     osg::ref_ptr<CKVGISCamera> mGISCamera;
