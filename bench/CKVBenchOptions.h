@@ -8,6 +8,7 @@ namespace Kelvor {
 // What one run of the benchmark program measures, from its command line:
 //   --path=host|stock|commands --objects=N --frames=F --warmup=W
 //   --width=640 --height=360 --seed=S --meshes=M --shadows=L --callgrind
+//   --culling=0|1|2 --scene=campus|occlusion
 struct CKVBenchOptions
 {
     std::string path = "host";
@@ -22,6 +23,13 @@ struct CKVBenchOptions
     // a caster, with shadows at that level; -1 (the default) keeps the
     // unlit flat colour of the plain comparison.
     int shadows = -1;
+    // Instance culling of the backend: 0 off, 1 the culling pass alone
+    // (frustum and size), 2 depth pre-pass and culling (frustum, size and
+    // depth chain).
+    int culling = 0;
+    // "campus", or "occlusion": the same campus closed in a shell of walls
+    // and a roof, so that from outside nearly every instance is hidden.
+    std::string scene = "campus";
     // Instrument exactly one frame for callgrind (run under
     // valgrind --tool=callgrind --instr-atstart=no) and measure no others.
     bool callgrind = false;

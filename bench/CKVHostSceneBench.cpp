@@ -35,9 +35,12 @@ bool CKVHostSceneBench::open(int width, int height)
     mWindow = std::make_unique<CKVBenchWindow>(width, height);
     if (!mWindow->valid())
         return false;
-    if (mShadowLevel >= 0) {
+    if (mShadowLevel >= 0 || mCulling > 0) {
         CKVRenderConfig config;
-        config.setShadowLevel(static_cast<CKVRenderConfig::RenderLevel>(mShadowLevel));
+        if (mShadowLevel >= 0)
+            config.setShadowLevel(static_cast<CKVRenderConfig::RenderLevel>(mShadowLevel));
+        config.setUseOcclusionCull(mCulling > 0);
+        config.setUseDepthPrePass(mCulling > 1);
         mScene.setRenderConfig(config);
     }
     mGraphicsContext = CKVGraphicsContext(&mWindow->windowData(), &mScene);

@@ -46,6 +46,9 @@ public:
     unsigned int geometryCount() const { return static_cast<unsigned int>(mGeometries.size()); }
     // Before `open`: see CKVBenchOptions::shadows.
     void setShadowLevel(int level) { mShadowLevel = level; }
+    // Before `open`: see CKVBenchOptions::culling.
+    void setCulling(int culling) { mCulling = culling; }
+    std::vector<kv_shared_ptr<CKVBufferGeometry>> const& geometries() const { return mGeometries; }
 
 
 private:
@@ -58,6 +61,7 @@ private:
     std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> mLogicBuffers;
     unsigned int mTickMs = 0;
     int mShadowLevel = -1;
+    int mCulling = 0;
     kv_shared_ptr<CKVBasicMaterial> mMaterial;
 };
 

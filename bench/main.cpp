@@ -28,6 +28,7 @@ int main(int argc, char** argv)
     } else if (options.path == "host") {
         CKVHostSceneBench bench;
         bench.setShadowLevel(options.shadows);
+        bench.setCulling(options.culling);
         ok = CKVBenchRunner::runScene(bench, options, report);
     } else {
         CKVStockSceneBench bench;

@@ -33,6 +33,9 @@ struct ViewOptions
     bool fog = false;
     // Shadows are on unless --no-shadows turns them off.
     bool shadows = true;
+    // Instance culling (depth pre-pass and GPU culling) is on unless
+    // --no-culling turns it off.
+    bool culling = true;
     bool help = false;
     bool version = false;
 };
