@@ -41,31 +41,35 @@ uniform int HiZTest;
 
 const float kSmallFeaturePixels = 2.0;
 const uint kRowCount = 4u;
+// Texels per axis read from the chain for one instance.
+const int kFootprint = 4;
 
-// The farthest depth over the four corner texels of the rectangle at level L.
+// The farthest depth over the texels [a, b] of level L (at most four by
+// four).
 #define KV_FARTHEST_AT(L)                                                   \
     case L:                                                                 \
     {                                                                       \
         ivec2 last = textureSize(HiZMap, L) - 1;                            \
         ivec2 a = min(low >> L, last);                                      \
         ivec2 b = min(high >> L, last);                                     \
-        d = max(max(texelFetch(HiZMap, a, L).r, texelFetch(HiZMap, b, L).r), \
-                max(texelFetch(HiZMap, ivec2(b.x, a.y), L).r,               \
-                    texelFetch(HiZMap, ivec2(a.x, b.y), L).r));             \
+        for (int y = a.y; y <= b.y; ++y)                                    \
+            for (int x = a.x; x <= b.x; ++x)                                \
+                d = max(d, texelFetch(HiZMap, ivec2(x, y), L).r);           \
         break;                                                              \
     }
 
 // The farthest depth of the chain over the pixels [low, high] (inclusive,
-// already clamped to the window): the level is the first at which the
-// rectangle spans at most two texels on each axis, so that its four corner
-// texels cover it.
+// already clamped to the window), read at the first level at which the
+// rectangle spans at most kFootprint texels on each axis: the finer the
+// level, the less of the surroundings (background at the silhouette of an
+// occluder) the test takes in with the rectangle.
 float farthestDepth(ivec2 low, ivec2 high)
 {
     // The chain goes down to one texel: floor(log2(longer side)) levels
     // above level 0.
     int top = findMSB(int(max(ScreenSize.x, ScreenSize.y)));
     int level = 0;
-    while (level < top && any(greaterThan((high >> level) - (low >> level), ivec2(1))))
+    while (level < top && any(greaterThan((high >> level) - (low >> level), ivec2(kFootprint - 1))))
         ++level;
     // Every fetch names its level as a constant: a level computed per
     // invocation is not honoured by every driver (llvmpipe's compute stage

@@ -31,6 +31,7 @@ constexpr unsigned int kGridSide = 100;
 constexpr float kGridSpacing = 0.2f;
 constexpr float kBoxHalf = 0.08f;
 constexpr float kSmallFeaturePixels = 2.0f;
+constexpr int kFootprint = 4;
 
 enum Outcome
 {
@@ -104,13 +105,14 @@ Outcome cullReference(osg::Matrixf const& toClip, osg::Vec3f const& centre, osg:
     }
     int const top = static_cast<int>(chain->levels.size()) - 1;
     int level = 0;
-    while (level < top && ((end[0] >> level) - (first[0] >> level) > 1 || (end[1] >> level) - (first[1] >> level) > 1))
+    while (level < top && ((end[0] >> level) - (first[0] >> level) > kFootprint - 1 ||
+                           (end[1] >> level) - (first[1] >> level) > kFootprint - 1))
         ++level;
     osg::Vec2i const size = chain->sizes[level];
-    int const ax = std::min(first[0] >> level, size.x() - 1), ay = std::min(first[1] >> level, size.y() - 1);
-    int const bx = std::min(end[0] >> level, size.x() - 1), by = std::min(end[1] >> level, size.y() - 1);
-    float const farthest = std::max(std::max(chain->at(level, ax, ay), chain->at(level, bx, ay)),
-                                    std::max(chain->at(level, ax, by), chain->at(level, bx, by)));
+    float farthest = 0.0f;
+    for (int y = std::min(first[1] >> level, size.y() - 1); y <= std::min(end[1] >> level, size.y() - 1); ++y)
+        for (int x = std::min(first[0] >> level, size.x() - 1); x <= std::min(end[0] >> level, size.x() - 1); ++x)
+            farthest = std::max(farthest, chain->at(level, x, y));
     return low.z() * 0.5f + 0.5f <= farthest ? kKept : kHidden;
 }
 
