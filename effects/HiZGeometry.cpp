@@ -9,6 +9,7 @@
 #include <osg/FrameBufferObject>
 #include <osg/GLExtensions>
 #include <osg/GraphicsContext>
+#include <osg/Notify>
 #include <osg/State>
 
 #include <algorithm>
@@ -19,6 +20,8 @@ namespace Kelvor {
 namespace {
 
 constexpr GLsizei kTriangleVertices = 3;
+// The usual depth size of a window.
+constexpr GLint kWindowDepthBits = 24;
 char const* const kVersion = "#version 420 core\n";
 
 osg::ref_ptr<osg::Shader> shader(osg::Shader::Type type, char const* name)
@@ -82,8 +85,46 @@ void HiZGeometry::setSize(unsigned int width, unsigned int height)
     mHeight = std::max(height, 1u);
 }
 
+void HiZGeometry::matchWindowDepthFormat(osg::State& state) const
+{
+    // A blit from a multisampled window needs the window's exact depth
+    // format; a copy converts, but the same format costs nothing there.
+    using GetAttachment = void(GL_APIENTRY*)(GLenum, GLenum, GLenum, GLint*);
+    auto const get = reinterpret_cast<GetAttachment>(osg::getGLExtensionFuncPtr("glGetFramebufferAttachmentParameteriv"));
+    GLint depthBits = 0, stencilBits = 0, type = GL_UNSIGNED_NORMALIZED;
+    state.get<osg::GLExtensions>()->glBindFramebuffer(GL_FRAMEBUFFER_EXT, 0);
+    if (get)
+    {
+        get(GL_FRAMEBUFFER_EXT, GL_DEPTH, GL_FRAMEBUFFER_ATTACHMENT_DEPTH_SIZE, &depthBits);
+        get(GL_FRAMEBUFFER_EXT, GL_STENCIL, GL_FRAMEBUFFER_ATTACHMENT_STENCIL_SIZE, &stencilBits);
+        get(GL_FRAMEBUFFER_EXT, GL_DEPTH, GL_FRAMEBUFFER_ATTACHMENT_COMPONENT_TYPE, &type);
+    }
+    struct Format
+    {
+        GLint internal;
+        GLenum source;
+        GLenum type;
+    };
+    bool const stencil = stencilBits > 0;
+    Format format{GL_DEPTH_COMPONENT24, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT};
+    if (type == GL_FLOAT)
+        format = stencil ? Format{GL_DEPTH32F_STENCIL8, GL_DEPTH_STENCIL_EXT, GL_FLOAT_32_UNSIGNED_INT_24_8_REV}
+                         : Format{GL_DEPTH_COMPONENT32F, GL_DEPTH_COMPONENT, GL_FLOAT};
+    else if (depthBits == kWindowDepthBits && stencil)
+        format = Format{GL_DEPTH24_STENCIL8_EXT, GL_DEPTH_STENCIL_EXT, GL_UNSIGNED_INT_24_8_EXT};
+    else if (depthBits > kWindowDepthBits)
+        format = Format{GL_DEPTH_COMPONENT32, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT};
+    else if (depthBits > 0 && depthBits < kWindowDepthBits)
+        format = Format{GL_DEPTH_COMPONENT16, GL_DEPTH_COMPONENT, GL_UNSIGNED_SHORT};
+    mTexture->setInternalFormat(format.internal);
+    mTexture->setSourceFormat(format.source);
+    mTexture->setSourceType(format.type);
+}
+
 void HiZGeometry::allocateTexture(osg::State& state) const
 {
+    matchWindowDepthFormat(state);
+    mLevelZeroChecked = false;
     unsigned int const levels = levelsFor(mWidth, mHeight);
     mTexture->setNumMipmapLevels(levels + 1);
     mTexture->allocateMipmapLevels();
@@ -103,8 +144,8 @@ void HiZGeometry::allocateTexture(osg::State& state) const
     {
         w = std::max(w >> 1, 1);
         h = std::max(h >> 1, 1);
-        glTexImage2D(GL_TEXTURE_2D, static_cast<GLint>(level), GL_DEPTH_COMPONENT24, w, h, 0, GL_DEPTH_COMPONENT,
-                     GL_UNSIGNED_INT, nullptr);
+        glTexImage2D(GL_TEXTURE_2D, static_cast<GLint>(level), mTexture->getInternalFormat(), w, h, 0,
+                     mTexture->getSourceFormat(), mTexture->getSourceType(), nullptr);
     }
 }
 
@@ -155,7 +196,36 @@ void HiZGeometry::drawImplementation(osg::RenderInfo& renderInfo) const
         w = std::min(w, window->getTraits()->width);
         h = std::min(h, window->getTraits()->height);
     }
-    copyWindowDepth(state, w, h);
+    if (mLevelZeroFails)
+    {
+        // Nothing counts as hidden when the window's depth cannot be had.
+        glClearDepth(1.0);
+        glClear(GL_DEPTH_BUFFER_BIT);
+    }
+    else
+    {
+        if (!mLevelZeroChecked)
+        {
+            // Errors of others are not ours to judge the copy by.
+            while (glGetError() != GL_NO_ERROR)
+            {
+            }
+        }
+        copyWindowDepth(state, w, h);
+    }
+    if (!mLevelZeroChecked)
+    {
+        // Once per texture: a driver that refuses the copy must not leave
+        // an empty level 0, which would hide everything.
+        mLevelZeroChecked = true;
+        mLevelZeroFails = glGetError() != GL_NO_ERROR;
+        if (mLevelZeroFails)
+        {
+            OSG_WARN << "HiZGeometry: the window's depth cannot be copied; occlusion tests keep everything" << std::endl;
+            glClearDepth(1.0);
+            glClear(GL_DEPTH_BUFFER_BIT);
+        }
+    }
 
     if (CKVRenderStateManager::instance().isOcclusionCulling())
         buildLevels(state, levelsFor(mWidth, mHeight));

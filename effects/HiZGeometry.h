@@ -44,6 +44,8 @@ protected:
     ~HiZGeometry() override;
 
 private:
+    // The texture takes the window's depth format where it has stencil too.
+    void matchWindowDepthFormat(osg::State& state) const;
     // Creates the texture object with room for every level.
     void allocateTexture(osg::State& state) const;
     // Level 0 from the window's depth over (0, 0, width, height).
@@ -53,6 +55,8 @@ private:
 
     // Drawing is const in OSG; these record what the GL side has seen.
     mutable bool mFramebufferCreated = false;
+    mutable bool mLevelZeroChecked = false;
+    mutable bool mLevelZeroFails = false;
     osg::ref_ptr<osg::Texture2D> mTexture;
     osg::ref_ptr<osg::Program> mProgram;
     unsigned int mWidth = 1;
