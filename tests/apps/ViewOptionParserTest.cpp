@@ -69,7 +69,7 @@ TEST(ViewOptionParserTest, ModelNamesAndRenderOptions)
 {
     ViewOptions options;
     ASSERT_TRUE(parse({"house.ifc", "--capture", "out.png", "--view", "front", "--style", "shaded", "--background",
-                       "#FF8000", "--fog", "--no-shadows"},
+                       "#FF8000", "--fog", "--no-shadows", "--no-culling"},
                       options));
     EXPECT_EQ(options.modelPath, "house.ifc");
     EXPECT_EQ(options.capturePath, "out.png");
@@ -81,6 +81,7 @@ TEST(ViewOptionParserTest, ModelNamesAndRenderOptions)
     EXPECT_DOUBLE_EQ(options.backgroundColour[2], 0.0);
     EXPECT_TRUE(options.fog);
     EXPECT_FALSE(options.shadows);
+    EXPECT_FALSE(options.culling);
 
     std::string error;
     ViewOptions refused;
@@ -113,6 +114,10 @@ TEST(ViewRenderSettingsTest, OptionsAndKeysReachTheRenderConfiguration)
     EXPECT_EQ(keys.handleKey('d', 0).message, "shadows: off");
     EXPECT_EQ(settings.getConfig().getShadowLevel(), CKVRenderConfig::kLevelOff);
     EXPECT_EQ(keys.handleKey('d', 0).message, "shadows: on");
+    // Culling is on by default, pre-pass and culling pass together.
+    EXPECT_TRUE(settings.getConfig().getUseDepthPrePass() && settings.getConfig().getUseOcclusionCull());
+    EXPECT_EQ(keys.handleKey('c', 0).message, "instance culling: off");
+    EXPECT_FALSE(settings.getConfig().getUseDepthPrePass() || settings.getConfig().getUseOcclusionCull());
 
     EXPECT_EQ(keys.handleKey('q', 0).action, ViewKeyBindings::Action::kQuit);
     EXPECT_EQ(keys.handleKey(0, CKVEvent::kEscape | CKVEvent::kShift).action, ViewKeyBindings::Action::kQuit);
