@@ -16,6 +16,7 @@
 #include "support/ImageCompare.h"
 
 #include <osg/GLExtensions>
+#include <osg/Transform>
 #include <osg/PrimitiveSetIndirect>
 
 #include <algorithm>
@@ -150,7 +151,7 @@ protected:
     }
 
     kv_shared_ptr<CKVSceneNode> addColoured(std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> const& shapes,
-                                            osg::Vec4ub const& colour)
+                                            osg::Vec4ub const& colour, CKVPoint3D const& at = CKVPoint3D(0, 0, 0))
     {
         kv_shared_ptr<CKVBasicMaterial> material(new CKVBasicMaterial);
         material->setRGBA(colour.r(), colour.g(), colour.b(), colour.a());
@@ -159,11 +160,11 @@ protected:
         if (shapes.size() > 1)
             param.addParam(CKVProgramParam::kUseInstanceMatrix);
         mMaterials.push_back(material);
-        return addNode(material.get(), shapes, CKVPoint3D(0.0, 0.0, 0.0), param);
+        return addNode(material.get(), shapes, at, param);
     }
 
     // Boxes on the ground, `side` by `side`, centred on the origin.
-    CKVOSGGeometry* addGrid(unsigned int side, osg::Vec4ub const& colour)
+    CKVOSGGeometry* addGrid(unsigned int side, osg::Vec4ub const& colour, CKVPoint3D const& at = CKVPoint3D(0, 0, 0))
     {
         std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> shapes{SceneShapes::boxShape(kBoxHalf, kBoxHalf, kBoxHalf)};
         float const origin = -0.5f * kGridSpacing * (side - 1);
@@ -171,7 +172,7 @@ protected:
         {
             shapes.push_back(placed(origin + kGridSpacing * (i % side), origin + kGridSpacing * (i / side), kBoxHalf));
         }
-        addColoured(shapes, colour);
+        addColoured(shapes, colour, at);
         return lastGeometry();
     }
 
@@ -265,7 +266,9 @@ protected:
     std::vector<unsigned int> reference(CKVOSGGeometry& geometry, DepthChain const* chain)
     {
         CKVOSGCamera* camera = mContext->getMainCamera();
-        osg::Matrixf const viewProjection(camera->getViewMatrix() * camera->getCullProjection());
+        // The node's own matrix as well: the program reads it from the block.
+        osg::Matrixf const viewProjection(osg::computeLocalToWorld(geometry.getParentalNodePaths().front()) *
+                                          camera->getViewMatrix() * camera->getCullProjection());
         osg::BoundingBox const box = geometry.getVertexBound();
         std::vector<osg::Matrixd> instances;
         geometry.getInstanceMatrices(instances);
@@ -318,7 +321,8 @@ TEST_F(HiZCullingGLTest, WithoutThePrePassOnlyFrustumAndSizeCullAndEdgeStraddler
 {
     mConfig.setUseDepthPrePass(false);
     applyConfig();
-    CKVOSGGeometry* grid = addGrid(kGridSide, kGridColour);
+    // Off the origin, so that the node's matrix takes part.
+    CKVOSGGeometry* grid = addGrid(kGridSide, kGridColour, CKVPoint3D(0.7, 1.3, 0.0));
     addWall(kWallColour);
     // Three boxes at the depth of the wall: inside the view, straddling its
     // left edge, and just outside it.
