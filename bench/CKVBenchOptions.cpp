@@ -39,6 +39,14 @@ bool CKVBenchOptions::parse(int argc, char** argv, std::string& error)
             path = value;
             continue;
         }
+        if (key == "scene") {
+            if (value != "campus" && value != "occlusion") {
+                error = "scene must be campus or occlusion";
+                return false;
+            }
+            scene = value;
+            continue;
+        }
         unsigned long long number = 0;
         if (!readNumber(value.c_str(), number)) {
             error = "not a number: " + argument;
@@ -62,6 +70,8 @@ bool CKVBenchOptions::parse(int argc, char** argv, std::string& error)
             picks = static_cast<unsigned int>(number);
         else if (key == "verify")
             verify = static_cast<unsigned int>(number);
+        else if (key == "culling" && number <= 2)
+            culling = static_cast<int>(number);
         else if (key == "shadows" && number <= 3)
             shadows = static_cast<int>(number);
         else if (key == "shadows") {

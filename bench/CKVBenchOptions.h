@@ -9,6 +9,7 @@ namespace Kelvor {
 //   --path=host|stock|commands|pick-host|pick-stock --objects=N --frames=F
 //   --warmup=W --width=640 --height=360 --seed=S --meshes=M --shadows=L
 //   --ssao=L --picks=P --verify=V --callgrind
+//   --culling=0|1|2 --scene=campus|occlusion
 struct CKVBenchOptions
 {
     std::string path = "host";
@@ -32,6 +33,13 @@ struct CKVBenchOptions
     // answers.
     unsigned int picks = 100;
     unsigned int verify = 0;
+    // Instance culling of the backend: 0 off, 1 the culling pass alone
+    // (frustum and size), 2 depth pre-pass and culling (frustum, size and
+    // depth chain).
+    int culling = 0;
+    // "campus", or "occlusion": the same campus closed in a shell of walls
+    // and a roof, so that from outside nearly every instance is hidden.
+    std::string scene = "campus";
     // Instrument exactly one frame for callgrind (run under
     // valgrind --tool=callgrind --instr-atstart=no) and measure no others.
     bool callgrind = false;

@@ -1,6 +1,8 @@
 #include "bench/CKVBenchRunner.h"
 
+#include "bench/CKVBenchOcclusionShell.h"
 #include "bench/CKVBenchOptions.h"
+#include "bench/CKVCulledInstanceCounter.h"
 #include "bench/CKVBenchReport.h"
 #include "bench/CKVBenchSceneGenerator.h"
 #include "bench/CKVCameraPath.h"
@@ -51,6 +53,8 @@ Scene makeScene(CKVBenchOptions const& options)
     scene.meshes = generator.meshes();
     scene.placements = generator.placements(options.objects);
     CKVBenchSceneGenerator::campusBounds(scene.placements, scene.centre, scene.radius);
+    if (options.scene == "occlusion")
+        CKVBenchOcclusionShell::enclose(scene.meshes, scene.placements);
     return scene;
 }
 
@@ -141,6 +145,8 @@ bool CKVBenchRunner::runScene(CKVSceneBench& bench, CKVBenchOptions const& optio
             statistics.add("cpu_ms", times.update + times.cull + times.draw);
     }
     report.set("frames", double(measured));
+    if (auto const* host = dynamic_cast<CKVHostSceneBench const*>(&bench))
+        report.set("instances_drawn", CKVCulledInstanceCounter::count(*host->context(), host->geometries()));
     for (std::string const& name : statistics.seriesNames())
         report.set(name, statistics.median(name));
     if (measured) {

@@ -43,10 +43,14 @@ bool CKVHostSceneBench::open(int width, int height)
     mWindow = std::make_unique<CKVBenchWindow>(width, height);
     if (!mWindow->valid())
         return false;
-    if (isLit()) {
+    if (isLit() || mCulling > 0) {
         CKVRenderConfig config;
-        config.setShadowLevel(static_cast<CKVRenderConfig::RenderLevel>(std::max(mShadowLevel, 0)));
-        config.setSSAOLevel(static_cast<CKVRenderConfig::RenderLevel>(std::max(mSSAOLevel, 0)));
+        if (isLit()) {
+            config.setShadowLevel(static_cast<CKVRenderConfig::RenderLevel>(std::max(mShadowLevel, 0)));
+            config.setSSAOLevel(static_cast<CKVRenderConfig::RenderLevel>(std::max(mSSAOLevel, 0)));
+        }
+        config.setUseOcclusionCull(mCulling > 0);
+        config.setUseDepthPrePass(mCulling > 1);
         mScene.setRenderConfig(config);
     }
     mGraphicsContext = CKVGraphicsContext(&mWindow->windowData(), &mScene);

@@ -56,6 +56,9 @@ public:
     // Before `build`: every placement gets a host drawable whose id is its
     // index, so that picks name it.
     void setPickable(bool pickable) { mPickable = pickable; }
+    // Before `open`: see CKVBenchOptions::culling.
+    void setCulling(int culling) { mCulling = culling; }
+    std::vector<kv_shared_ptr<CKVBufferGeometry>> const& geometries() const { return mGeometries; }
 
 
 private:
@@ -71,6 +74,7 @@ private:
     int mSSAOLevel = -1;
     // Lit with a material, and in the shadow and occlusion passes.
     bool isLit() const { return mShadowLevel >= 0 || mSSAOLevel >= 0; }
+    int mCulling = 0;
     kv_shared_ptr<CKVBasicMaterial> mMaterial;
     bool mPickable = false;
     bool mExhaustivePicking = false;

@@ -37,6 +37,7 @@ int main(int argc, char** argv)
         CKVHostSceneBench bench;
         bench.setShadowLevel(options.shadows);
         bench.setSSAOLevel(options.ssao);
+        bench.setCulling(options.culling);
         ok = CKVBenchRunner::runScene(bench, options, report);
     } else {
         CKVStockSceneBench bench;

@@ -1,6 +1,7 @@
 #include "binding/CKVRenderContextX11Imp.h"
 
 #include "binding/CKVRenderContextCaptureListener.h"
+#include "effects/CKVHiZGenerator.h"
 #include "effects/CKVPostProcessNode.h"
 #include "effects/CKVSSAOGenerator.h"
 #include "effects/CKVShadowGenerator.h"
@@ -98,6 +99,7 @@ bool CKVRenderContextX11Imp::initialize(CKVGraphicsContext* graphicsContext)
     // So does the weather geode with the rain and snow particle systems.
     getRoot()->setShadowGenerator(new CKVShadowGenerator(scene, getMainCamera(), getRoot()));
     getRoot()->setSSAOGenerator(new CKVSSAOGenerator(getMainCamera(), getRoot()));
+    getRoot()->setHiZGenerator(new CKVHiZGenerator(getMainCamera(), getRoot()));
     createCachesAndScene(scene);
     window->setTickTarget(this);
     configureViewerState();

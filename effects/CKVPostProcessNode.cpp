@@ -7,6 +7,7 @@
 #include "effects/CKVFullScreenGenerator.h"
 #include "effects/CKVSceneRenderTargets.h"
 #include "effects/CKVSSAOGenerator.h"
+#include "effects/CKVHiZGenerator.h"
 #include "effects/CKVShadowGenerator.h"
 #include "effects/CKVSilhouetteGenerator.h"
 #include "environment/CBGGeode.h"
@@ -305,6 +306,19 @@ void CKVPostProcessNode::setSSAOGenerator(CKVSSAOGenerator* generator)
     insertChild(std::min(index, getNumChildren()), mSSAO.get());
 }
 
+void CKVPostProcessNode::setHiZGenerator(CKVHiZGenerator* generator)
+{
+    if (generator == mHiZ.get())
+        return;
+    if (mHiZ.valid())
+        removeChild(mHiZ.get());
+    mHiZ = generator;
+    if (!mHiZ.valid())
+        return;
+    unsigned int const shadowAt = mShadow.valid() ? getChildIndex(mShadow.get()) : getNumChildren();
+    insertChild(shadowAt < getNumChildren() ? shadowAt : 0, mHiZ.get());
+}
+
 void CKVPostProcessNode::relinkChain()
 {
     mActive = mTAAEnabled || mSilhouetteEnabled || mVolumetricLightEnabled || mColorGradingEnabled || mDOFEnabled;
@@ -386,6 +400,8 @@ void CKVPostProcessNode::resize(int width, int height)
         if (generator)
             generator->resize(width, height);
     }
+    if (mHiZ.valid())
+        mHiZ->resize(static_cast<unsigned int>(width), static_cast<unsigned int>(height));
     osg::Camera::resize(width, height, osg::Camera::RESIZE_VIEWPORT | osg::Camera::RESIZE_ATTACHMENTS);
 }
 

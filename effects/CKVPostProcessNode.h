@@ -30,6 +30,7 @@ class CKVDrawBufferSelect;
 class CKVFinalPass;
 class CKVFullScreenGenerator;
 class CKVGISCamera;
+class CKVHiZGenerator;
 class CKVOSGCamera;
 class CKVSceneRenderTargets;
 class CKVShadowGenerator;
@@ -117,6 +118,12 @@ public:
     // shadow generator. Replaces any earlier one.
     void setSSAOGenerator(CKVSSAOGenerator* generator);
     CKVSSAOGenerator* getSSAOGenerator() const { return mSSAO.get(); }
+
+    // The instance culling generator, a child of this node placed before
+    // the shadow generator: its passes run before the scene pass whether or
+    // not a full-screen effect is on. Replaces any earlier one.
+    void setHiZGenerator(CKVHiZGenerator* generator);
+    CKVHiZGenerator* getHiZGenerator() const { return mHiZ.get(); }
 
     // Points each effect at its input and the final pass at the last result.
     void relinkChain();
@@ -210,6 +217,7 @@ private:
     bool mColorGradingEnabled = false;
     osg::ref_ptr<CKVShadowGenerator> mShadow;
     osg::ref_ptr<CKVSSAOGenerator> mSSAO;
+    osg::ref_ptr<CKVHiZGenerator> mHiZ;
     std::vector<kv_shared_ptr<CKVSceneNode>> mSceneNodes;
     osg::ref_ptr<osg::Group> mGISGroup;
     osg::ref_ptr<CKVGISCamera> mGISCamera;

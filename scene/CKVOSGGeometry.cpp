@@ -212,10 +212,18 @@ void CKVOSGGeometry::setInstanceMatrixRow(unsigned int row, osg::Array* array)
         rows = new osg::VertexBufferObject;
     array->setBufferObject(rows);
 
-    if (!mOcclusionApplied)
+    if (mOcclusionApplied)
+        makeInstanceRowCopy(row);
+}
+
+void CKVOSGGeometry::makeInstanceRowCopy(unsigned int row) const
+{
+    osg::Array* array = mInstanceRows[row].get();
+    if (!array)
         return;
     // The culling pass writes the rows on the GPU and reads the copies.
-    rows->setUsage(GL_DYNAMIC_COPY);
+    if (osg::BufferObject* rows = array->getBufferObject())
+        rows->setUsage(GL_DYNAMIC_COPY);
     osg::ref_ptr<osg::Array> copy = static_cast<osg::Array*>(array->clone(osg::CopyOp(kDeepCopyAll)));
     copy->setBinding(osg::Array::BIND_PER_PRIMITIVE_SET);
     osg::BufferObject* copies = sharedBufferObject(mInstanceRowCopies, row);
@@ -483,9 +491,13 @@ void CKVOSGGeometry::dispatchCulling(osg::RenderInfo& renderInfo) const
     // Geometry that is not instanced takes no part in culling.
     if (count == 0)
         return;
-    // Rows installed while culling was off have no copies, so the culling
-    // program would have no input: such geometry is skipped and keeps all its
-    // instances until a rebuild with culling on makes the copies.
+    // Rows installed while culling was off have no copies yet: culling
+    // switched on later makes them from the CPU rows, which it never touches.
+    if (!mInstanceRowCopies[0].valid())
+    {
+        for (unsigned int r = 0; r < kInstanceRowCount; ++r)
+            makeInstanceRowCopy(r);
+    }
     osg::BufferObject* input = mInstanceRowCopies[0].valid() ? mInstanceRowCopies[0]->getBufferObject() : nullptr;
     osg::BufferObject* output = mInstanceRows[0].valid() ? mInstanceRows[0]->getBufferObject() : nullptr;
     CKVOSGMultiDrawElementsIndirectUInt const* primitiveSet = primitiveSetOf(index);

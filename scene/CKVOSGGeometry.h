@@ -79,7 +79,8 @@ public:
     void setInstanceMatrixR4(osg::Array* array) { setInstanceMatrixRow(3, array); }
     osg::Array* getInstanceMatrixRow(unsigned int row) const;
     // The unchanging input of the culling pass; null when the row was
-    // installed with culling off.
+    // installed with culling off and no culling pass has run since (the
+    // first one makes them).
     osg::Array* getInstanceMatrixRowCopy(unsigned int row) const;
 
     // Whether culling has touched (or may touch) the rows and commands.
@@ -104,11 +105,14 @@ private:
     void keepVertexArrayObjectComplete(osg::RenderInfo& renderInfo) const;
     void dispatchCulling(osg::RenderInfo& renderInfo) const;
     void restoreInstances(osg::State& state) const;
+    // Copies row `row` as culling input, in a buffer object shared by the
+    // copies, and marks the row's buffer as written by the GPU.
+    void makeInstanceRowCopy(unsigned int row) const;
 
     osg::ref_ptr<osg::Array> mInstanceRows[kInstanceRowCount];
     CKVBufferGeometry* mHost;
     mutable bool mOcclusionApplied;
-    osg::ref_ptr<osg::Array> mInstanceRowCopies[kInstanceRowCount];
+    mutable osg::ref_ptr<osg::Array> mInstanceRowCopies[kInstanceRowCount];
 };
 
 } // namespace Kelvor

@@ -12,7 +12,7 @@ ViewKeyBindings::ViewKeyBindings(ViewRenderSettings& settings)
 std::string ViewKeyBindings::helpLine()
 {
     return "keys: left drag orbit, middle/right drag pan, wheel zoom, click pick | "
-           "s style, b background, f fog, d shadows, a ambient occlusion, m atmosphere, "
+           "s style, b background, f fog, d shadows, a ambient occlusion, m atmosphere, c culling, "
            "r reset view, h help, q/Esc quit";
 }
 
@@ -50,6 +50,9 @@ ViewKeyBindings::Result ViewKeyBindings::handleKey(int ansiKey, unsigned int sys
         break;
     case 'm':
         apply(mSettings.toggleAtmosphere());
+        break;
+    case 'c':
+        apply(mSettings.toggleCulling());
         break;
     case 'r':
         result.action = Action::kResetView;

@@ -207,6 +207,8 @@ bool ViewOptionParser::parse(std::vector<std::string> const& arguments, ViewOpti
             options.shadows = false;
         } else if (argument == "--no-ssao") {
             options.ambientOcclusion = false;
+        } else if (argument == "--no-culling") {
+            options.culling = false;
         } else if (argument == "--builtin") {
             options.builtIn = true;
         } else if (argument.size() > 1 && argument[0] == '-') {
@@ -235,7 +237,7 @@ std::string ViewOptionParser::usage()
     return "usage: tarnwick-view [MODEL] [--capture out.png] [--size WxH]\n"
            "                     [--view iso|front|back|left|right|top | --camera ex,ey,ez,tx,ty,tz]\n"
            "                     [--style shaded|edges|white|lines|0-3] [--background #RRGGBB|r,g,b|gradient|sky]\n"
-           "                     [--fog] [--no-shadows] [--no-ssao] [--builtin] [--version]\n"
+           "                     [--fog] [--no-shadows] [--no-ssao] [--no-culling] [--builtin] [--version]\n"
            "MODEL: an IFC file, a tile set (.osgb, .s3c, .lfp), an FBX file or any model OpenSceneGraph reads.\n"
            "Without MODEL the FZK-Haus sample is shown when installed, else (and with --builtin)\n"
            "a small built-in building. Without an X display, --capture renders on a private Xvfb.\n" +

@@ -35,6 +35,9 @@ struct ViewOptions
     bool shadows = true;
     // Ambient occlusion is on unless --no-ssao turns it off.
     bool ambientOcclusion = true;
+    // Instance culling (depth pre-pass and GPU culling) is on unless
+    // --no-culling turns it off.
+    bool culling = true;
     bool help = false;
     bool version = false;
 };

@@ -88,6 +88,20 @@ ViewRenderSettings::ViewRenderSettings(ViewOptions const& options)
         mConfig.setShadowLevel(kViewerShadowLevel);
     if (options.ambientOcclusion && ViewFeatures::isAvailable(ViewFeature::kAmbientOcclusion))
         mConfig.setSSAOLevel(kViewerSSAOLevel);
+    setCulling(options.culling);
+}
+
+void ViewRenderSettings::setCulling(bool on)
+{
+    mConfig.setUseDepthPrePass(on);
+    mConfig.setUseOcclusionCull(on);
+}
+
+std::string ViewRenderSettings::toggleCulling()
+{
+    bool const on = !mConfig.getUseOcclusionCull();
+    setCulling(on);
+    return std::string("instance culling: ") + onOff(on);
 }
 
 char const* ViewRenderSettings::styleName(CKVRenderConfig::RenderStyle style)

@@ -29,12 +29,15 @@ public:
     std::string toggleShadows();
     std::string toggleAmbientOcclusion();
     std::string toggleAtmosphere();
+    // Depth pre-pass and instance culling together.
+    std::string toggleCulling();
 
     static char const* styleName(CKVRenderConfig::RenderStyle style);
 
 private:
     void setBackground(int index);
     void setLight();
+    void setCulling(bool on);
 
     CKVRenderConfig mConfig;
     int mBackground = 0;

@@ -69,7 +69,8 @@ TEST(ViewOptionParserTest, ModelNamesAndRenderOptions)
 {
     ViewOptions options;
     ASSERT_TRUE(parse({"house.ifc", "--capture", "out.png", "--view", "front", "--style", "shaded", "--background",
-                       "#FF8000", "--fog", "--no-shadows", "--no-ssao"},
+                       "#FF8000", "--fog", "--no-shadows", "--no-ssao",
+                       "--no-culling"},
                       options));
     EXPECT_EQ(options.modelPath, "house.ifc");
     EXPECT_EQ(options.capturePath, "out.png");
@@ -82,6 +83,7 @@ TEST(ViewOptionParserTest, ModelNamesAndRenderOptions)
     EXPECT_TRUE(options.fog);
     EXPECT_FALSE(options.shadows);
     EXPECT_FALSE(options.ambientOcclusion);
+    EXPECT_FALSE(options.culling);
 
     std::string error;
     ViewOptions refused;
@@ -121,6 +123,10 @@ TEST(ViewRenderSettingsTest, OptionsAndKeysReachTheRenderConfiguration)
     EXPECT_NE(settings.getConfig().getSSAOLevel(), CKVRenderConfig::kLevelOff);
     EXPECT_EQ(keys.handleKey('a', 0).message, "ambient occlusion: off");
     EXPECT_EQ(settings.getConfig().getSSAOLevel(), CKVRenderConfig::kLevelOff);
+    // Culling is on by default, pre-pass and culling pass together.
+    EXPECT_TRUE(settings.getConfig().getUseDepthPrePass() && settings.getConfig().getUseOcclusionCull());
+    EXPECT_EQ(keys.handleKey('c', 0).message, "instance culling: off");
+    EXPECT_FALSE(settings.getConfig().getUseDepthPrePass() || settings.getConfig().getUseOcclusionCull());
 
     EXPECT_EQ(keys.handleKey('q', 0).action, ViewKeyBindings::Action::kQuit);
     EXPECT_EQ(keys.handleKey(0, CKVEvent::kEscape | CKVEvent::kShift).action, ViewKeyBindings::Action::kQuit);

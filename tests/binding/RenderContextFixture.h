@@ -74,13 +74,16 @@ class RenderContextFixture : public DisplayTest
 protected:
     static constexpr int kWidth = 96;
     static constexpr int kHeight = 64;
+    // A test that needs a larger window sets these before SetUp.
+    int mWindowWidth = kWidth;
+    int mWindowHeight = kHeight;
 
     void SetUp() override
     {
         DisplayTest::SetUp();
         if (!displayReady())
             return;
-        mHost = std::make_unique<TestHostWindow>(kWidth, kHeight);
+        mHost = std::make_unique<TestHostWindow>(mWindowWidth, mWindowHeight);
         ASSERT_TRUE(mHost->valid());
         mGraphicsContext = CKVGraphicsContext(&mHost->windowData(), &mScene);
     }

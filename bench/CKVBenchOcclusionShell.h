@@ -1,0 +1,30 @@
+#pragma once
+
+#include "bench/CKVBenchMesh.h"
+
+#include <vector>
+
+namespace Kelvor {
+
+// The occlusion scene: the campus closed in a shell of four walls and a
+// roof, a little larger than everything the placements can reach. Seen from
+// the camera path outside, the shell hides every element of the campus, so
+// that the instances truly visible are the shell's five (fewer from any one
+// side) and all others are hidden: the case depth-chain culling is for.
+class CKVBenchOcclusionShell
+{
+public:
+    // Clear space between the outermost insertion points and the shell: an
+    // element reaches at most one bay (6 m) and one storey beyond its point.
+    static constexpr double kMargin = 8.0;
+    static constexpr float kThickness = 0.3f;
+
+    // Appends the shell's three meshes (long wall, short wall, roof) and
+    // its five placements.
+    static void enclose(std::vector<CKVBenchMesh>& meshes, std::vector<CKVBenchPlacement>& placements);
+
+    // A closed box from (0, 0, 0) to (sx, sy, sz), flat-shaded.
+    static CKVBenchMesh box(char const* name, float sx, float sy, float sz);
+};
+
+} // namespace Kelvor
