@@ -151,8 +151,23 @@ void IBLGeometry::runPrefilter(osg::RenderInfo& renderInfo) const
     if (!mPrefilterAllocated) {
         mPrefilter->setFilter(osg::Texture::MIN_FILTER, osg::Texture::LINEAR_MIPMAP_LINEAR);
         mPrefilter->setTextureSize(kPrefilterSize, kPrefilterSize);
+        // Storage for the levels the passes write, and no more, so that the
+        // map is complete for its mipmapped filter. Where OpenSceneGraph
+        // makes immutable storage it makes them all; otherwise they are
+        // added here.
+        mPrefilter->setNumMipmapLevels(kPrefilterLevels);
         state.applyTextureAttribute(kScratchUnit, mPrefilter.get());
-        ext->glGenerateMipmap(GL_TEXTURE_CUBE_MAP);
+        GLint lastWidth = 0;
+        glGetTexLevelParameteriv(GL_TEXTURE_CUBE_MAP_POSITIVE_X, kPrefilterLevels - 1, GL_TEXTURE_WIDTH, &lastWidth);
+        if (lastWidth == 0) {
+            for (int level = 1; level < kPrefilterLevels; ++level) {
+                int const size = std::max(kPrefilterSize >> level, 1);
+                for (GLenum face = 0; face < 6; ++face)
+                    glTexImage2D(GL_TEXTURE_CUBE_MAP_POSITIVE_X + face, level, GL_RGB, size, size, 0, GL_RGB,
+                                 GL_UNSIGNED_BYTE, nullptr);
+            }
+            glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MAX_LEVEL, kPrefilterLevels - 1);
+        }
         mPrefilterAllocated = true;
     }
     useProgram(state, *mPrefilterProgram);
