@@ -3,6 +3,7 @@
 #include "binding/CKVRenderConfigApplier.h"
 #include "effects/CKVPostProcessNode.h"
 #include "environment/CKVAtmosphereSky.h"
+#include "environment/CKVAtmosphericScatttering.h"
 #include "viewer/CKVOSGCamera.h"
 
 namespace Kelvor {
@@ -11,19 +12,18 @@ CKVAtmosphereSetup::CKVAtmosphereSetup() = default;
 CKVAtmosphereSetup::~CKVAtmosphereSetup() = default;
 
 void CKVAtmosphereSetup::create(CKVPostProcessNode* root, osg::UniformBufferBinding* lightBinding,
-                                CKVOSGCamera*, CKVRenderConfigApplier& applier)
+                                CKVOSGCamera* mainCamera, CKVRenderConfigApplier& applier)
 {
     if (mNode.valid() || !root)
         return;
-    osg::ref_ptr<CKVAtmosphereSky> sky = new CKVAtmosphereSky(lightBinding, root, CKVAtmosphereSky::Tables());
-    mNode = sky.get();
+    mNode = new CKVAtmosphericScatttering(lightBinding, root, mainCamera);
     root->addChild(mNode.get());
-    applier.setAtmosphere(sky.get());
+    applier.setAtmosphere(mNode->getSky());
 }
 
 CKVAtmosphereSky* CKVAtmosphereSetup::getSky() const
 {
-    return static_cast<CKVAtmosphereSky*>(mNode.get());
+    return mNode.valid() ? mNode->getSky() : nullptr;
 }
 
 void CKVAtmosphereSetup::setTerrainHeight(float height)

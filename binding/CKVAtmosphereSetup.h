@@ -7,6 +7,7 @@
 namespace Kelvor {
 
 class CKVAtmosphereSky;
+class CKVAtmosphericScatttering;
 class CKVOSGCamera;
 class CKVPostProcessNode;
 class CKVRenderConfigApplier;
@@ -26,14 +27,14 @@ public:
                 CKVRenderConfigApplier& applier);
 
     // Null before `create`.
-    osg::Node* getNode() const { return mNode.get(); }
+    CKVAtmosphericScatttering* getNode() const { return mNode.get(); }
     CKVAtmosphereSky* getSky() const;
 
     // The sky terrain's ground height; nothing without an atmosphere.
     void setTerrainHeight(float height);
 
 private:
-    osg::ref_ptr<osg::Node> mNode;
+    osg::ref_ptr<CKVAtmosphericScatttering> mNode;
 };
 
 } // namespace Kelvor

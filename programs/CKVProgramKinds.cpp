@@ -1,5 +1,6 @@
 #include "programs/CKVProgramKinds.h"
 
+#include "environment/KVAtmosphereShaders.h"
 #include "programs/KVShaderSource.h"
 
 #include <osg/Shader>
@@ -87,7 +88,7 @@ std::vector<Kind> makeKinds()
 
     // The atmosphere programs: the lookup library of the precomputed tables,
     // then the shared tone curve, then the pass's own body.
-    std::vector<std::string> const atmosphereLibrary = {"atmosphere_lookup"};
+    std::vector<std::string> const atmosphereLibrary = KVAtmosphereShaders::lookupLibrary();
     auto atmosphereFS = [&](char const* body) {
         std::vector<std::string> sources = {"blocks"};
         sources.insert(sources.end(), atmosphereLibrary.begin(), atmosphereLibrary.end());
