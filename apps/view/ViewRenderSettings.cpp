@@ -1,6 +1,7 @@
 #include "apps/view/ViewRenderSettings.h"
 
 #include "apps/view/ViewFeatures.h"
+#include "apps/view/ViewSunPosition.h"
 
 namespace Kelvor {
 
@@ -29,6 +30,7 @@ constexpr float kSunIntensity = 3.0f;
 constexpr float kAmbientIntensity = 0.3f;
 
 constexpr int kSkyBackground = 3;
+constexpr double kNoon = 12.0;
 
 char const* onOff(bool on)
 {
@@ -50,14 +52,13 @@ bool backgroundAvailable(int index)
 
 ViewRenderSettings::ViewRenderSettings()
 {
-    setBackground(0);
-    setLight();
+    setBackground(kSkyBackground);
+    setLight(kNoon);
 }
 
 ViewRenderSettings::ViewRenderSettings(ViewOptions const& options)
 {
-    setBackground(0);
-    setLight();
+    setBackground(kSkyBackground);
     if (options.style >= 0)
         mConfig.setRenderStyle(static_cast<CKVRenderConfig::RenderStyle>(options.style));
     switch (options.background) {
@@ -77,7 +78,18 @@ ViewRenderSettings::ViewRenderSettings(ViewOptions const& options)
     case ViewOptions::Background::kSky:
         setBackground(kSkyBackground);
         break;
+    case ViewOptions::Background::kGrey:
+        setBackground(0);
+        break;
     }
+    // Under the sky the sun follows the time of day (noon unless given);
+    // before a plain background the afternoon sun stays, unless a time is.
+    if (options.timeOfDay >= 0.0)
+        setLight(options.timeOfDay);
+    else if (mBackground == kSkyBackground)
+        setLight(kNoon);
+    else
+        setLight();
     if (options.fog) {
         mConfig.setFogUse(true);
         mConfig.setFogDensity(kViewerFogDensity);
@@ -99,6 +111,12 @@ char const* ViewRenderSettings::styleName(CKVRenderConfig::RenderStyle style)
         return "edges only";
     }
     return "unknown";
+}
+
+void ViewRenderSettings::setLight(double hours)
+{
+    setLight();
+    mConfig.setLightPosition(ViewSunPosition::directionAt(hours));
 }
 
 void ViewRenderSettings::setLight()

@@ -23,7 +23,7 @@ public:
 
     // Shaded -> shaded with edges -> white with edges -> edges only -> ...
     std::string nextStyle();
-    // Default grey -> white -> gradient -> sky -> ...
+    // Sky (the default) -> grey -> white -> gradient -> sky -> ...
     std::string nextBackground();
     std::string toggleFog();
     std::string toggleShadows();
@@ -35,9 +35,11 @@ public:
 private:
     void setBackground(int index);
     void setLight();
+    // The sun at `hours` of the day.
+    void setLight(double hours);
 
     CKVRenderConfig mConfig;
-    int mBackground = 0;
+    int mBackground = 3;
 };
 
 } // namespace Kelvor

@@ -1,4 +1,5 @@
-// The atmosphere's passes over frames, on a real GL context: which pass
+// The atmosphere's passes over frames, on a real GL context and without
+// any tables (a sky that must draw black, not fail): which pass
 // runs in which frame, what storage the light maps get and when, and what
 // the scene camera's state carries. Counting is what catches a pass that
 // runs every frame when it should stop, or never starts.
