@@ -35,7 +35,7 @@ protected:
         config.setLightIntensity(6.0f);
         config.setAmbientIntensity(0.2f);
         // The sun almost overhead: the sky's daylight.
-        config.setLightPosition(CKVVec3<float>(0.03f, -0.05f, 1.0f));
+        config.setLightPosition(CKVVec3<float>(0.0f, -0.02f, 1.0f));
     }
 
     static kv_shared_ptr<CKVBasicMaterial> colour(unsigned char r, unsigned char g, unsigned char b)
@@ -70,7 +70,7 @@ TEST_F(AtmosphereSceneGLTest, ModelUnderTheSkyByDayAtSunsetAtNightAndInFog)
     applyConfig();
     expectGolden("atmosphere_night");
 
-    mConfig.setLightPosition(CKVVec3<float>(0.03f, -0.05f, 1.0f));
+    mConfig.setLightPosition(CKVVec3<float>(0.0f, -0.02f, 1.0f));
     mConfig.setFogUse(true);
     mConfig.setFogColor(CKVVec3<float>(0.8f, 0.82f, 0.85f));
     mConfig.setFogDensity(0.06f);
