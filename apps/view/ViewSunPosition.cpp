@@ -12,7 +12,7 @@ constexpr double kHoursPerDay = 24.0;
 constexpr double kNoon = 12.0;
 // How far south of the zenith the noon sun stands: enough for the house to
 // cast a short shadow, little enough for a daylight sky.
-constexpr double kNoonZenithOffsetDegrees = 1.5;
+constexpr double kNoonZenithOffsetDegrees = 0.5;
 
 } // namespace
 
