@@ -15,6 +15,9 @@ namespace {
 
 char const* const kAtmosphereDefine = "_USE_ATMOSPHERE";
 char const* const kSunColourUniform = "scatteringTexture";
+// The passes read the tables, the star noise and the ground layers through
+// texture units on every driver; the handle block is not filled here.
+char const* const kTextureUnitsDefine = "_USE_NOT_BINDLESS_TEXTURE";
 
 } // namespace
 
@@ -36,6 +39,7 @@ CKVAtmosphereSky::CKVAtmosphereSky(osg::UniformBufferBinding* lightBinding, osg:
     mScatteringPass = CKVSunColourPass::create(*this, mScatteringGeode.get(), mScatteringTexture.get());
     osg::StateSet* scattering = mScatteringPass->getStateSet();
     bindTables(*scattering, tables);
+    scattering->setDefine(kTextureUnitsDefine);
     if (mLightBinding.valid())
         scattering->setAttribute(mLightBinding.get());
     addPass(mScatteringPass.get());
@@ -44,6 +48,7 @@ CKVAtmosphereSky::CKVAtmosphereSky(osg::UniformBufferBinding* lightBinding, osg:
     mSkyPass = CKVSkyCubePass::create(*this, mSkyGeode.get(), mIBLGeometry.get());
     osg::StateSet* sky = mSkyPass->getStateSet();
     bindTables(*sky, tables);
+    sky->setDefine(kTextureUnitsDefine);
     sky->setTextureAttribute(kStarNoiseUnit, mStarNoise.get());
     sky->addUniform(new osg::Uniform("starNoise", static_cast<int>(kStarNoiseUnit)));
     sky->addUniform(new osg::Uniform("terrainTextureArray", static_cast<int>(kTerrainUnit)));

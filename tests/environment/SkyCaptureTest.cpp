@@ -107,22 +107,3 @@ TEST(IBLGeometry, ConvolutionsRunEverySecondFrameOnceAPhysicalMaterialExists)
         EXPECT_EQ(runs, c.runs) << c.name;
     }
 }
-
-TEST(IBLGeometry, CubeHasTwelveTrianglesOverItsEightCorners)
-{
-    osg::ref_ptr<osg::Vec3Array> corners = IBLGeometry::createCubeCorners();
-    osg::ref_ptr<osg::DrawElementsUShort> triangles = IBLGeometry::createCubeTriangles();
-    ASSERT_EQ(corners->size(), 8u);
-    ASSERT_EQ(triangles->size(), 36u);
-    // Each of the six faces (a coordinate fixed at +1 or -1) is covered by
-    // exactly two triangles.
-    std::vector<int> perFace(6, 0);
-    for (unsigned int i = 0; i < triangles->size(); i += 3) {
-        for (int axis = 0; axis < 3; ++axis) {
-            float const v = (*corners)[(*triangles)[i]][axis];
-            if (v == (*corners)[(*triangles)[i + 1]][axis] && v == (*corners)[(*triangles)[i + 2]][axis])
-                ++perFace[axis * 2 + (v > 0 ? 0 : 1)];
-        }
-    }
-    EXPECT_EQ(perFace, std::vector<int>(6, 2));
-}
