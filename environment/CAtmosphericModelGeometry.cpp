@@ -11,6 +11,7 @@
 #include <osg/Notify>
 #include <osg/State>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <memory>
@@ -22,7 +23,7 @@ namespace {
 using T = KVAtmosphereTables;
 
 char const* const kVersion = "#version 330 core\n";
-// Integration samples of a reduced run, in the order of the defines below.
+// Integration samples of a reduced run: enough to exercise every pass.
 char const* const kReducedSampling = "#define TRANSMITTANCE_SAMPLE_COUNT 8\n"
                                      "#define SINGLE_SCATTERING_SAMPLE_COUNT 4\n"
                                      "#define SCATTERING_DENSITY_SAMPLE_COUNT 2\n"
@@ -62,7 +63,6 @@ std::string text(char const* name)
 // What every pass of one precomputation shares.
 struct CAtmosphericModelGeometry::PassContext
 {
-    osg::RenderInfo& renderInfo;
     osg::State& state;
     osg::GLExtensions* gl;
     IndexedCapability enablei;
@@ -172,7 +172,21 @@ CAtmosphericModelGeometry::CAtmosphericModelGeometry()
     CKVAString folder;
     Common::getResourceDirectory(folder);
     m_dumpFolder = std::string(folder.c_str()) + T::kFolder;
+    createResources();
+}
 
+// A copy computes its own tables: it shares the settings, not the textures.
+CAtmosphericModelGeometry::CAtmosphericModelGeometry(CAtmosphericModelGeometry const& other, osg::CopyOp const& copyop)
+    : osg::Geometry(other, copyop)
+    , m_dumpFolder(other.m_dumpFolder)
+    , m_progress(other.m_progress)
+    , m_reducedSampling(other.m_reducedSampling)
+{
+    createResources();
+}
+
+void CAtmosphericModelGeometry::createResources()
+{
     using A = CKVAtmosphericScatttering;
     m_transmittanceTexture = A::createAtmosphereTexture2D(T::kTransmittanceWidth, T::kTransmittanceHeight);
     m_scatteringTexture =
@@ -185,12 +199,7 @@ CAtmosphericModelGeometry::CAtmosphericModelGeometry()
         A::createAtmosphereTexture3D(T::kScatteringWidth, T::kScatteringHeight, T::kScatteringDepth, GL_RGB, false);
     m_deltaScatteringDensityTexture =
         A::createAtmosphereTexture3D(T::kScatteringWidth, T::kScatteringHeight, T::kScatteringDepth, GL_RGB, false);
-    setReducedSampling(false);
-}
-
-CAtmosphericModelGeometry::CAtmosphericModelGeometry(CAtmosphericModelGeometry const& other, osg::CopyOp const& copyop)
-    : osg::Geometry(other, copyop)
-{
+    setReducedSampling(m_reducedSampling);
 }
 
 void CAtmosphericModelGeometry::setReducedSampling(bool reduced)
@@ -238,7 +247,7 @@ void CAtmosphericModelGeometry::precompute(osg::RenderInfo& renderInfo) const
         OSG_WARN << "CAtmosphericModelGeometry: the context has no framebuffer objects" << std::endl;
         return;
     }
-    PassContext pass{renderInfo, state, gl, enablei, disablei, std::chrono::steady_clock::now(), m_progress};
+    PassContext pass{state, gl, enablei, disablei, std::chrono::steady_clock::now(), m_progress};
 
     GLint previousFramebuffer = 0;
     GLint previousDrawBuffer = GL_BACK;

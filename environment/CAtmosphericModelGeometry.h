@@ -83,6 +83,7 @@ protected:
 
 private:
     struct PassContext;
+    void createResources();
     void precompute(osg::RenderInfo& renderInfo) const;
     void dump(PassContext& pass, osg::Texture* texture, char const* fileName) const;
 

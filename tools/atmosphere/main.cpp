@@ -1,7 +1,7 @@
 // tarnwick-atmosphere: precomputes the atmosphere's three tables on a
 // headless GL context and writes them into a folder.
 #include "environment/CAtmosphericModelGeometry.h"
-#include "environment/KVAtmosphereGeneratorRun.h"
+#include "tools/atmosphere/KVAtmosphereGeneratorRun.h"
 
 #include <osg/Notify>
 

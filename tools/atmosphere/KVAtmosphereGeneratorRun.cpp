@@ -1,4 +1,4 @@
-#include "environment/KVAtmosphereGeneratorRun.h"
+#include "tools/atmosphere/KVAtmosphereGeneratorRun.h"
 
 #include "viewer/CKVGraphicsWindowEGL.h"
 
