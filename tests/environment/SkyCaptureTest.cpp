@@ -21,7 +21,7 @@ using namespace Kelvor;
 namespace {
 
 // Where GL's cube-map lookup puts a direction on a face: the face's major
-// axis and the (s, t) in -1..1 of the GL specification's table.
+// axis and the (s, t) in -1..1 that GL's cube-map face selection gives.
 struct Lookup
 {
     unsigned int face;
