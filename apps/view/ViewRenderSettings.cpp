@@ -3,6 +3,8 @@
 #include "apps/view/ViewFeatures.h"
 #include "apps/view/ViewSunPosition.h"
 
+#include <cmath>
+
 namespace Kelvor {
 
 namespace {
@@ -115,6 +117,7 @@ char const* ViewRenderSettings::styleName(CKVRenderConfig::RenderStyle style)
 
 void ViewRenderSettings::setLight(double hours)
 {
+    mHours = hours;
     setLight();
     mConfig.setLightPosition(ViewSunPosition::directionAt(hours));
 }
@@ -198,6 +201,14 @@ std::string ViewRenderSettings::toggleAmbientOcclusion()
     bool const on = mConfig.getSSAOLevel() == CKVRenderConfig::kLevelOff;
     mConfig.setSSAOLevel(on ? CKVRenderConfig::kLevelMedium : CKVRenderConfig::kLevelOff);
     return std::string("ambient occlusion: ") + onOff(on);
+}
+
+std::string ViewRenderSettings::nextHour()
+{
+    constexpr double kHoursPerDay = 24.0;
+    setLight(std::fmod(std::floor(mHours) + 1.0, kHoursPerDay));
+    int const hour = static_cast<int>(mHours);
+    return std::string("time: ") + (hour < 10 ? "0" : "") + std::to_string(hour) + ":00";
 }
 
 std::string ViewRenderSettings::toggleAtmosphere()

@@ -29,6 +29,8 @@ public:
     std::string toggleShadows();
     std::string toggleAmbientOcclusion();
     std::string toggleAtmosphere();
+    // The sun an hour later in the day, round the clock.
+    std::string nextHour();
 
     static char const* styleName(CKVRenderConfig::RenderStyle style);
 
@@ -40,6 +42,7 @@ private:
 
     CKVRenderConfig mConfig;
     int mBackground = 3;
+    double mHours = 12.0;
 };
 
 } // namespace Kelvor

@@ -214,3 +214,15 @@ TEST(ViewSunPositionTest, TimesParseAndPlaceTheSunOnItsDailyArc)
     EXPECT_EQ(ViewRenderSettings(options).getConfig().getBackGroundConfig().getBackGroundType(),
               CKVBackGroundConfig::kSolidColor);
 }
+
+TEST(ViewSunPositionTest, TheHourKeyMovesTheSunRoundTheClock)
+{
+    ViewOptions options;
+    ASSERT_TRUE(parse({"--time", "23:30"}, options));
+    ViewRenderSettings settings(options);
+    ViewKeyBindings keys(settings);
+    EXPECT_EQ(keys.handleKey('t', 0).message, "time: 00:00");
+    CKVVec3<float> const midnight = ViewSunPosition::directionAt(0.0);
+    EXPECT_FLOAT_EQ(settings.getConfig().getLightPosition().z, midnight.z);
+    EXPECT_EQ(keys.handleKey('t', 0).message, "time: 01:00");
+}
