@@ -1,6 +1,7 @@
 #include "binding/CKVBackGroundSwitcher.h"
 
 #include "effects/CKVPostProcessNode.h"
+#include "environment/CKVAtmosphereSky.h"
 #include "viewer/CKVOSGCamera.h"
 
 #include "TarnwickCommon/Common.h"
@@ -29,6 +30,11 @@ void CKVBackGroundSwitcher::setTargets(CKVPostProcessNode* root, CKVOSGCamera* m
     mLightBinding = lightBinding;
 }
 
+void CKVBackGroundSwitcher::setAtmosphere(CKVAtmosphereSky* atmosphere)
+{
+    mAtmosphere = atmosphere;
+}
+
 bool CKVBackGroundSwitcher::apply(CKVBackGroundConfig const& config)
 {
     if (!mRoot.valid() || !mMainCamera.valid())
@@ -54,8 +60,12 @@ bool CKVBackGroundSwitcher::apply(CKVBackGroundConfig const& config)
         showSkyBox(config, false);
         return true;
     case CKVBackGroundConfig::kAtmosphere:
-        // The atmosphere's sky cube is redrawn while this background shows;
-        // it is marked dirty here once the atmosphere exists.
+        // The atmosphere's sky cube is redrawn from now on; it keeps being
+        // redrawn when another background is chosen later.
+        if (CKVAtmosphereSky* atmosphere = mAtmosphere.get()) {
+            atmosphere->setSkyPassEnabled(true);
+            atmosphere->setUpdateScattering(true);
+        }
         showSkyBox(config, true);
         return true;
     }
@@ -93,7 +103,10 @@ void CKVBackGroundSwitcher::showSkyBox(CKVBackGroundConfig const& config, bool a
                                   face(CKVBackGroundConfig::kPositiveY), face(CKVBackGroundConfig::kNegativeY),
                                   face(CKVBackGroundConfig::kPositiveZ), face(CKVBackGroundConfig::kNegativeZ));
         }
-        // The atmosphere's sky cube and sky uniform join here once it exists.
+        if (CKVAtmosphereSky* atmosphere = mAtmosphere.get()) {
+            mSkyBox->setEnvironmentMap(atmosphere->getEnvironmentMap());
+            mSkyBox->setSkyUniform(atmosphere->getSkyUniform());
+        }
         mSkyBox->setLightBinding(mLightBinding.get());
         mSkyBox->initialize();
     }

@@ -17,6 +17,7 @@ class View;
 
 namespace Kelvor {
 
+class CKVAtmosphereSky;
 class CKVOSGCamera;
 class CKVPostProcessNode;
 
@@ -35,6 +36,9 @@ public:
     // A background node goes in at this child's index of the root, before
     // it; without one, at the end.
     void setInsertBefore(osg::Node* child) { mInsertBefore = child; }
+    // The sky of the atmosphere background; without one that background
+    // shows the sky box with an empty sky.
+    void setAtmosphere(CKVAtmosphereSky* atmosphere);
 
     // Stores a copy and shows the background of its type. False for an
     // unknown type or without a root and main camera.
@@ -73,6 +77,7 @@ private:
     osg::ref_ptr<CKVOSGCamera> mMainCamera;
     osg::ref_ptr<osg::UniformBufferBinding> mLightBinding;
     osg::observer_ptr<osg::Node> mInsertBefore;
+    osg::observer_ptr<CKVAtmosphereSky> mAtmosphere;
     CKVBackGroundConfig mConfig;
     kv_shared_ptr<CKVBackGroundColor> mColor;
     kv_shared_ptr<CKVBackGroundSkyBox> mSkyBox;

@@ -3,6 +3,7 @@
 #include "effects/CKVPostProcessNode.h"
 #include "effects/CKVSSAOGenerator.h"
 #include "effects/CKVShadowGenerator.h"
+#include "environment/CKVAtmosphereSky.h"
 #include "programs/CKVProgramManager.h"
 #include "programs/CKVRenderStateManager.h"
 #include "viewer/CKVOSGCamera.h"
@@ -45,6 +46,12 @@ void CKVRenderConfigApplier::setTargets(CKVPostProcessNode* root, CKVOSGCamera* 
     mBackGrounds.setTargets(root, mainCamera, lightInfo.getBinding());
 }
 
+void CKVRenderConfigApplier::setAtmosphere(CKVAtmosphereSky* atmosphere)
+{
+    mAtmosphere = atmosphere;
+    mBackGrounds.setAtmosphere(atmosphere);
+}
+
 bool CKVRenderConfigApplier::applyRenderConfig(CKVRenderConfig const& config, bool configured)
 {
     applySwitches(config, !configured);
@@ -60,8 +67,14 @@ void CKVRenderConfigApplier::applySwitches(CKVRenderConfig const& config, bool a
     CKVRenderConfig const& stored = mConfig;
     auto changed = [&](auto getter) { return all || (stored.*getter)() != (config.*getter)(); };
 
-    // Atmosphere and light propagation switch their effects here once
-    // those exist; the stored copy keeps the wish.
+    CKVAtmosphereSky* atmosphere = mAtmosphere.get();
+    if (changed(&CKVRenderConfig::getAtmosphericScattteringUse) && atmosphere &&
+        atmosphere->getAtmosphereEnabled() != config.getAtmosphericScattteringUse()) {
+        atmosphere->setAtmosphereEnabled(config.getAtmosphericScattteringUse());
+        ++mDefineChanges;
+    }
+    // Light propagation switches its effect here once it exists; the stored
+    // copy keeps the wish.
     if (changed(&CKVRenderConfig::getShadowLevel))
         applyShadowLevel(static_cast<int>(config.getShadowLevel()));
     if (changed(&CKVRenderConfig::getSSAOLevel))
@@ -144,8 +157,10 @@ void CKVRenderConfigApplier::applyValues(CKVRenderConfig const& config)
         mRoot->setLightPosition(direction);
     if (shadow)
         shadow->setLightDirection(osg::Vec3d(direction));
-    // The atmosphere follows the light once it exists.
     mLightInfo.set(kLightIntensity, config.getLightIntensity());
+    // The sun's colour follows the light's direction and intensity.
+    if (CKVAtmosphereSky* atmosphere = mAtmosphere.get())
+        atmosphere->setUpdateScattering(true);
     mLightInfo.set(kLightColor, toVec3(config.getAtmosphericColor()).ptr(), 3);
     mLightInfo.set(kAmbientColor, toVec3(config.getAmbientColor()).ptr(), 3);
     mLightInfo.set(kAmbientIntensity, config.getAmbientIntensity());

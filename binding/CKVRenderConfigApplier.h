@@ -6,10 +6,12 @@
 #include "TarnwickRender/CKVRenderConfig.h"
 
 #include <osg/Uniform>
+#include <osg/observer_ptr>
 #include <osg/ref_ptr>
 
 namespace Kelvor {
 
+class CKVAtmosphereSky;
 class CKVOSGCamera;
 class CKVPostProcessNode;
 
@@ -28,6 +30,10 @@ public:
     // shared, not copied: writes land in the context's LightInfo.
     void setTargets(CKVPostProcessNode* root, CKVOSGCamera* mainCamera, CKVUniformBlock const& lightInfo,
                     osg::Uniform* rainIntensity);
+
+    // The atmosphere that the switch, the light and the atmosphere
+    // background steer; none until set.
+    void setAtmosphere(CKVAtmosphereSky* atmosphere);
 
     // With `configured` false every switch is applied; always true.
     bool applyRenderConfig(CKVRenderConfig const& config, bool configured);
@@ -66,6 +72,7 @@ private:
     osg::ref_ptr<CKVOSGCamera> mMainCamera;
     CKVUniformBlock mLightInfo;
     osg::ref_ptr<osg::Uniform> mRainIntensity;
+    osg::observer_ptr<CKVAtmosphereSky> mAtmosphere;
     CKVRenderConfig mConfig;
     CKVBackGroundSwitcher mBackGrounds;
     unsigned int mDefineChanges = 0;

@@ -280,6 +280,11 @@ void CKVRenderContextImp::createClipAndWeatherUniforms()
     stateSet->addUniform(mRainIntensityUniform.get());
 }
 
+void CKVRenderContextImp::createAtmosphere()
+{
+    mAtmosphere.create(mRoot.get(), mLightInfo.getBinding(), mMainCamera.get(), mConfigApplier);
+}
+
 void CKVRenderContextImp::createCachesAndScene(CKVScene* scene)
 {
     {
@@ -626,10 +631,9 @@ bool CKVRenderContextImp::lineSegmentIntersection(CKVPoint3D const& start, CKVPo
     return scenePicker().intersect(start, end, result);
 }
 
-bool CKVRenderContextImp::setTerrainHeight(float)
+bool CKVRenderContextImp::setTerrainHeight(float height)
 {
-    // The terrain height is the atmosphere's uniform; without an atmosphere
-    // there is nothing to set.
+    mAtmosphere.setTerrainHeight(height);
     return true;
 }
 

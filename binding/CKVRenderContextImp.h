@@ -1,5 +1,6 @@
 #pragma once
 
+#include "binding/CKVAtmosphereSetup.h"
 #include "binding/CKVRenderConfigApplier.h"
 #include "binding/CKVUniformBlock.h"
 #include "viewer/CKVTickTarget.h"
@@ -102,6 +103,7 @@ public:
     // water mask, count of define changes.
     CKVRenderConfigApplier const& getConfigApplier() const { return mConfigApplier; }
     CKVUniformBlock const& getLightInfo() const { return mLightInfo; }
+    CKVAtmosphereSetup const& getAtmosphere() const { return mAtmosphere; }
     osg::Vec3f getCameraPosition() const { return osg::Vec3f(mCameraPosition[0], mCameraPosition[1], mCameraPosition[2]); }
     osg::Vec3f getPreviousCameraPosition() const
     {
@@ -119,6 +121,8 @@ protected:
     void handBlocksToState();
     void loadEnvironmentTextures();
     void createClipAndWeatherUniforms();
+    // The first of the effects: the atmosphere, under the root.
+    void createAtmosphere();
     void createCachesAndScene(CKVScene* scene);
     void configureViewerState();
     // Before the first frame: the GIS camera joins the root, and new
@@ -179,6 +183,7 @@ private:
     osg::ref_ptr<osg::Uniform> mClipPlaneArrUniform;
     osg::ref_ptr<CKVGISCamera> mGISCamera;
     kv_shared_ptr<CKVAxisHandle> mAxisHandle;
+    CKVAtmosphereSetup mAtmosphere;
     // Render configuration, backgrounds and water mask; declared last so
     // that its references go before the context's own.
     CKVRenderConfigApplier mConfigApplier;

@@ -96,6 +96,7 @@ bool CKVRenderContextX11Imp::initialize(CKVGraphicsContext* graphicsContext)
     createClipAndWeatherUniforms();
     CKVScene* scene = graphicsContext->getScene();
     // The effects (atmosphere, HiZ, shadows, SSAO, LPV, water) join the root here as they land.
+    createAtmosphere();
     // So does the weather geode with the rain and snow particle systems.
     getRoot()->setShadowGenerator(new CKVShadowGenerator(scene, getMainCamera(), getRoot()));
     getRoot()->setSSAOGenerator(new CKVSSAOGenerator(getMainCamera(), getRoot()));

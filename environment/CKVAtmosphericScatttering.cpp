@@ -46,10 +46,19 @@ void setTableImage(Texture* texture, unsigned char* block, int width, int height
 
 } // namespace
 
-CKVAtmosphericScatttering::CKVAtmosphericScatttering(osg::UniformBufferBinding* /*lightBinding*/,
-                                                     osg::Camera* /*sceneCamera*/, osg::Referenced* /*extra*/)
+CKVAtmosphericScatttering::CKVAtmosphericScatttering(osg::UniformBufferBinding* lightBinding,
+                                                     osg::Camera* sceneCamera, osg::Referenced* extra)
+    : m_extra(extra)
 {
     buildAtmosphereModel();
+    m_sky = new CKVAtmosphereSky(lightBinding, sceneCamera,
+                                 {m_transmittanceTexture, m_scatteringTexture, m_irradianceTexture});
+}
+
+void CKVAtmosphericScatttering::releaseGLObjects(osg::State* state) const
+{
+    CBGGroup::releaseGLObjects(state);
+    m_sky->releaseGLObjects(state);
 }
 
 void CKVAtmosphericScatttering::buildAtmosphereModel()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "environment/CBGGroup.h"
+#include "environment/CKVAtmosphereSky.h"
 #include "environment/KVDensityProfileLayer.h"
 
 #include <TarnwickCommon/CKVAString.h>
@@ -31,6 +32,21 @@ public:
                                        osg::Camera* sceneCamera = nullptr, osg::Referenced* extra = nullptr);
 
     char const* className() const override { return "CKVAtmosphericScatttering"; }
+
+    // The passes that draw from the tables: sun colour, sky cube and
+    // image-based light, culled from here (this node has no children).
+    void traverse(osg::NodeVisitor& visitor) override { m_sky->traverse(visitor); }
+    void releaseGLObjects(osg::State* state = nullptr) const override;
+    CKVAtmosphereSky* getSky() const { return m_sky.get(); }
+    void setAtmosphereEnabled(bool enabled) { m_sky->setAtmosphereEnabled(enabled); }
+    void setSkyPassEnabled(bool enabled) { m_sky->setSkyPassEnabled(enabled); }
+    void setUpdateScattering(bool update) { m_sky->setUpdateScattering(update); }
+    void setTerrainHeight(float height) { m_sky->setTerrainHeight(height); }
+    void setTerrainTexture(osg::Texture2DArray* texture) { m_sky->setTerrainTexture(texture); }
+    osg::TextureCubeMap* getEnvironmentMap() const { return m_sky->getEnvironmentMap(); }
+    osg::Uniform* getSkyUniform() const { return m_sky->getSkyUniform(); }
+    osg::TextureCubeMap* getIrradianceMap() const { return m_sky->getIrradianceMap(); }
+    osg::TextureCubeMap* getPrefilterMap() const { return m_sky->getPrefilterMap(); }
 
     // A float RGBA texture for a table: 32-bit, linear filters, clamped.
     static osg::ref_ptr<osg::Texture2D> createAtmosphereTexture2D(int width, int height);
@@ -112,6 +128,10 @@ private:
     osg::ref_ptr<osg::Texture2D> m_transmittanceTexture;
     osg::ref_ptr<osg::Texture3D> m_scatteringTexture;
     osg::ref_ptr<osg::Texture2D> m_irradianceTexture;
+
+    // Kept for the owner; nothing here reads it.
+    osg::ref_ptr<osg::Referenced> m_extra;
+    osg::ref_ptr<CKVAtmosphereSky> m_sky;
 };
 
 } // namespace Kelvor

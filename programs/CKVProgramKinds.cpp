@@ -1,5 +1,6 @@
 #include "programs/CKVProgramKinds.h"
 
+#include "environment/KVAtmosphereShaders.h"
 #include "programs/KVShaderSource.h"
 
 #include <osg/Shader>
@@ -34,6 +35,7 @@ char const* const NBT = "_USE_NOT_BINDLESS_TEXTURE";
 char const* const REP = "_USE_ANTI_REPEAR_TEXTURE";
 char const* const RAN = "_USE_WEATHER_RAIN";
 char const* const SNW = "_USE_WEATHER_SNOW";
+char const* const SKT = "_USE_SKY_TERRAIN";
 
 using Stage = CKVProgramKinds::Stage;
 using Kind = CKVProgramKinds::Kind;
@@ -84,6 +86,17 @@ std::vector<Kind> makeKinds()
     Stage const casterFS{FS, CKVProgramKinds::kVersionBindless, {"shadow_moments", "albedo_sampler", "shadow_caster.frag"},
                          CKVProgramKinds::kListens};
 
+    // The atmosphere programs: the lookup library of the precomputed tables,
+    // then the shared tone curve, then the pass's own body.
+    std::vector<std::string> const atmosphereLibrary = KVAtmosphereShaders::lookupLibrary();
+    auto atmosphereFS = [&](char const* body) {
+        std::vector<std::string> sources = {"blocks"};
+        sources.insert(sources.end(), atmosphereLibrary.begin(), atmosphereLibrary.end());
+        sources.push_back("sky_tone");
+        sources.push_back(body);
+        return Stage{FS, CKVProgramKinds::kVersionBindless, sources, CKVProgramKinds::kListens};
+    };
+
     return {
         {1, {surfaceVS, surfaceFS}, surfaceDefines},
         {2,
@@ -101,6 +114,12 @@ std::vector<Kind> makeKinds()
            CKVProgramKinds::kListens},
           reflectedFS},
          reflectedInstancedDefines},
+        // Sky capture: each triangle of the cube goes to all six faces.
+        {8,
+         {{VS, CKVProgramKinds::kVersion, {"sky_cube.vert"}, CKVProgramKinds::kListens},
+          {GS, CKVProgramKinds::kVersion, {"sky_cube.geom"}, CKVProgramKinds::kUntouched},
+          atmosphereFS("sky.frag")},
+         {FOG, ATM, SKT, RAN, SNW, NBT}},
         // Sky box: both stages listen to the same list.
         {9,
          {{VS, CKVProgramKinds::kVersion, {"blocks", "background_skybox.vert"}, CKVProgramKinds::kListens},
@@ -120,6 +139,11 @@ std::vector<Kind> makeKinds()
           {GS, CKVProgramKinds::kVersion, {"shadow_terrain", "shadow_cascades.geom"}, CKVProgramKinds::kListens},
           {FS, CKVProgramKinds::kVersion, {"shadow_moments", "shadow_caster_terrain.frag"},
            CKVProgramKinds::kListens}},
+         {NBT}},
+        // Sun colour at the camera, one texel.
+        {19,
+         {{VS, CKVProgramKinds::kVersion, {"postprocess.vert"}, CKVProgramKinds::kListens},
+          atmosphereFS("sun_colour.frag")},
          {NBT}},
         {20, {depthVS, depthEmptyFS}, {CLP}},
         {21, {depthInstancedVS, depthEmptyFS}, {CLP}},

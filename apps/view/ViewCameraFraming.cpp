@@ -17,8 +17,10 @@ constexpr double kMargin = 1.08;
 bool directionOf(std::string const& name, CKVVector3D& direction)
 {
     // From the target towards the eye.
+    // The oblique view looks down only so far that the horizon, and the sky
+    // above it, stay in the upper part of the picture.
     if (name == "iso")
-        direction = CKVVector3D(0.75, -1.0, 0.65);
+        direction = CKVVector3D(0.75, -1.0, 0.3);
     else if (name == "front")
         direction = CKVVector3D(0.0, -1.0, 0.15);
     else if (name == "back")

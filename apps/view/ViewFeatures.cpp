@@ -15,7 +15,7 @@ struct FeatureRow
 // row turns true and the viewer's option and key come alive.
 constexpr FeatureRow kFeatures[] = {
     {ViewFeature::kEdges, "edges", true},
-    {ViewFeature::kAtmosphere, "the atmosphere and sky", false},
+    {ViewFeature::kAtmosphere, "the atmosphere and sky", true},
     {ViewFeature::kShadows, "shadows", true},
     {ViewFeature::kAmbientOcclusion, "ambient occlusion", true},
 };

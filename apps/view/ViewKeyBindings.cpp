@@ -13,7 +13,7 @@ std::string ViewKeyBindings::helpLine()
 {
     return "keys: left drag orbit, middle/right drag pan, wheel zoom, click pick | "
            "s style, b background, f fog, d shadows, a ambient occlusion, m atmosphere, c culling, "
-           "r reset view, h help, q/Esc quit";
+           "t an hour later, r reset view, h help, q/Esc quit";
 }
 
 ViewKeyBindings::Result ViewKeyBindings::handle(CKVEvent const& event)
@@ -53,6 +53,9 @@ ViewKeyBindings::Result ViewKeyBindings::handleKey(int ansiKey, unsigned int sys
         break;
     case 'c':
         apply(mSettings.toggleCulling());
+        break;
+    case 't':
+        apply(mSettings.nextHour());
         break;
     case 'r':
         result.action = Action::kResetView;

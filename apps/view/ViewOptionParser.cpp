@@ -1,6 +1,7 @@
 #include "apps/view/ViewOptionParser.h"
 
 #include "apps/view/ViewFeatures.h"
+#include "apps/view/ViewSunPosition.h"
 
 #include <cctype>
 #include <cmath>
@@ -190,7 +191,9 @@ bool ViewOptionParser::parse(std::vector<std::string> const& arguments, ViewOpti
         } else if (argument == "--background") {
             if (!value(text))
                 return false;
-            if (text == "gradient") {
+            if (text == "grey") {
+                options.background = ViewOptions::Background::kGrey;
+            } else if (text == "gradient") {
                 options.background = ViewOptions::Background::kGradient;
             } else if (text == "sky") {
                 if (!ViewFeatures::isAvailable(ViewFeature::kAtmosphere))
@@ -199,8 +202,13 @@ bool ViewOptionParser::parse(std::vector<std::string> const& arguments, ViewOpti
             } else if (parseColour(text, options.backgroundColour.data())) {
                 options.background = ViewOptions::Background::kColour;
             } else {
-                return fail("bad --background '" + text + "': #RRGGBB, r,g,b in 0..1, gradient or sky");
+                return fail("bad --background '" + text + "': #RRGGBB, r,g,b in 0..1, grey, gradient or sky");
             }
+        } else if (argument == "--time") {
+            if (!value(text))
+                return false;
+            if (!ViewSunPosition::parseTime(text, options.timeOfDay))
+                return fail("bad --time '" + text + "': expected HH or HH:MM from 00:00 to 24:00");
         } else if (argument == "--fog") {
             options.fog = true;
         } else if (argument == "--no-shadows") {
@@ -236,8 +244,8 @@ std::string ViewOptionParser::usage()
         missing = "Not available yet: " + missing + "; the options and keys that need them say so.\n";
     return "usage: tarnwick-view [MODEL] [--capture out.png] [--size WxH]\n"
            "                     [--view iso|front|back|left|right|top | --camera ex,ey,ez,tx,ty,tz]\n"
-           "                     [--style shaded|edges|white|lines|0-3] [--background #RRGGBB|r,g,b|gradient|sky]\n"
-           "                     [--fog] [--no-shadows] [--no-ssao] [--no-culling] [--builtin] [--version]\n"
+           "                     [--style shaded|edges|white|lines|0-3] [--background #RRGGBB|r,g,b|grey|gradient|sky]\n"
+           "                     [--time HH:MM] [--fog] [--no-shadows] [--no-ssao] [--no-culling] [--builtin] [--version]\n"
            "MODEL: an IFC file, a tile set (.osgb, .s3c, .lfp), an FBX file or any model OpenSceneGraph reads.\n"
            "Without MODEL the FZK-Haus sample is shown when installed, else (and with --builtin)\n"
            "a small built-in building. Without an X display, --capture renders on a private Xvfb.\n" +

@@ -9,7 +9,8 @@ namespace Kelvor {
 // interactive session on the default model.
 struct ViewOptions
 {
-    enum class Background { kDefault, kColour, kGradient, kSky };
+    // The default is the atmosphere's sky; kGrey the plain grey before it.
+    enum class Background { kDefault, kColour, kGradient, kSky, kGrey };
 
     // Empty: the default model (the FZK-Haus sample when installed).
     std::string modelPath;
@@ -31,6 +32,8 @@ struct ViewOptions
     Background background = Background::kDefault;
     std::array<double, 3> backgroundColour{};
     bool fog = false;
+    // Hours from 0 to 24 for the sun's position; negative: noon.
+    double timeOfDay = -1.0;
     // Shadows are on unless --no-shadows turns them off.
     bool shadows = true;
     // Ambient occlusion is on unless --no-ssao turns it off.

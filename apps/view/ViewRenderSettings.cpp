@@ -1,6 +1,9 @@
 #include "apps/view/ViewRenderSettings.h"
 
 #include "apps/view/ViewFeatures.h"
+#include "apps/view/ViewSunPosition.h"
+
+#include <cmath>
 
 namespace Kelvor {
 
@@ -31,6 +34,7 @@ constexpr float kSunIntensity = 3.0f;
 constexpr float kAmbientIntensity = 0.3f;
 
 constexpr int kSkyBackground = 3;
+constexpr double kNoon = 12.0;
 
 char const* onOff(bool on)
 {
@@ -52,14 +56,13 @@ bool backgroundAvailable(int index)
 
 ViewRenderSettings::ViewRenderSettings()
 {
-    setBackground(0);
-    setLight();
+    setBackground(kSkyBackground);
+    setLight(kNoon);
 }
 
 ViewRenderSettings::ViewRenderSettings(ViewOptions const& options)
 {
-    setBackground(0);
-    setLight();
+    setBackground(kSkyBackground);
     if (options.style >= 0)
         mConfig.setRenderStyle(static_cast<CKVRenderConfig::RenderStyle>(options.style));
     switch (options.background) {
@@ -79,7 +82,18 @@ ViewRenderSettings::ViewRenderSettings(ViewOptions const& options)
     case ViewOptions::Background::kSky:
         setBackground(kSkyBackground);
         break;
+    case ViewOptions::Background::kGrey:
+        setBackground(0);
+        break;
     }
+    // Under the sky the sun follows the time of day (noon unless given);
+    // before a plain background the afternoon sun stays, unless a time is.
+    if (options.timeOfDay >= 0.0)
+        setLight(options.timeOfDay);
+    else if (mBackground == kSkyBackground)
+        setLight(kNoon);
+    else
+        setLight();
     if (options.fog) {
         mConfig.setFogUse(true);
         mConfig.setFogDensity(kViewerFogDensity);
@@ -117,6 +131,13 @@ char const* ViewRenderSettings::styleName(CKVRenderConfig::RenderStyle style)
         return "edges only";
     }
     return "unknown";
+}
+
+void ViewRenderSettings::setLight(double hours)
+{
+    mHours = hours;
+    setLight();
+    mConfig.setLightPosition(ViewSunPosition::directionAt(hours));
 }
 
 void ViewRenderSettings::setLight()
@@ -198,6 +219,14 @@ std::string ViewRenderSettings::toggleAmbientOcclusion()
     bool const on = mConfig.getSSAOLevel() == CKVRenderConfig::kLevelOff;
     mConfig.setSSAOLevel(on ? kViewerSSAOLevel : CKVRenderConfig::kLevelOff);
     return std::string("ambient occlusion: ") + onOff(on);
+}
+
+std::string ViewRenderSettings::nextHour()
+{
+    constexpr double kHoursPerDay = 24.0;
+    setLight(std::fmod(std::floor(mHours) + 1.0, kHoursPerDay));
+    int const hour = static_cast<int>(mHours);
+    return std::string("time: ") + (hour < 10 ? "0" : "") + std::to_string(hour) + ":00";
 }
 
 std::string ViewRenderSettings::toggleAtmosphere()

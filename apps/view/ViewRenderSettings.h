@@ -23,7 +23,7 @@ public:
 
     // Shaded -> shaded with edges -> white with edges -> edges only -> ...
     std::string nextStyle();
-    // Default grey -> white -> gradient -> sky -> ...
+    // Sky (the default) -> grey -> white -> gradient -> sky -> ...
     std::string nextBackground();
     std::string toggleFog();
     std::string toggleShadows();
@@ -31,6 +31,8 @@ public:
     std::string toggleAtmosphere();
     // Depth pre-pass and instance culling together.
     std::string toggleCulling();
+    // The sun an hour later in the day, round the clock.
+    std::string nextHour();
 
     static char const* styleName(CKVRenderConfig::RenderStyle style);
 
@@ -38,9 +40,12 @@ private:
     void setBackground(int index);
     void setLight();
     void setCulling(bool on);
+    // The sun at `hours` of the day.
+    void setLight(double hours);
 
     CKVRenderConfig mConfig;
-    int mBackground = 0;
+    int mBackground = 3;
+    double mHours = 12.0;
 };
 
 } // namespace Kelvor

@@ -2,10 +2,13 @@
 #include "apps/view/ViewKeyBindings.h"
 #include "apps/view/ViewOptionParser.h"
 #include "apps/view/ViewRenderSettings.h"
+#include "apps/view/ViewSunPosition.h"
 
 #include "TarnwickRender/CKVEvent.h"
 
 #include <gtest/gtest.h>
+
+#include <osg/Vec3f>
 
 #include <functional>
 
@@ -183,4 +186,57 @@ TEST(ViewRenderSettingsTest, EffectsNotDrawnYetAreRefusedOrSaidSo)
             EXPECT_EQ(message, ViewFeatures::notAvailable(effect.feature));
         }
     }
+}
+
+// The time of day as the sun's direction: a wrong sign puts the sunrise in
+// the west or the noon sun below the horizon, and the sky goes dark.
+TEST(ViewSunPositionTest, TimesParseAndPlaceTheSunOnItsDailyArc)
+{
+    ViewOptions options;
+    ASSERT_TRUE(parse({"--time", "18:30"}, options));
+    EXPECT_DOUBLE_EQ(options.timeOfDay, 18.5);
+    for (char const* bad : {"", "25", "24:01", "7:5", "07:60", "-1", "12:", ":30", "12:30:00", "noon"}) {
+        ViewOptions refused;
+        std::string error;
+        EXPECT_FALSE(parse({"--time", bad}, refused, &error)) << bad;
+        EXPECT_NE(error.find("--time"), std::string::npos) << error;
+    }
+
+    struct Case
+    {
+        double hours;
+        osg::Vec3f expected;
+        float tolerance;
+    };
+    Case const cases[] = {
+        {6.0, {1.0f, 0.0f, 0.0f}, 1e-3f},    // sunrise in the east
+        {12.0, {0.0f, -0.009f, 1.0f}, 1e-2f}, // noon, nearly overhead, a little south
+        {18.0, {-1.0f, 0.0f, 0.0f}, 1e-3f},  // sunset in the west
+        {24.0, {0.0f, 0.009f, -1.0f}, 1e-2f}, // midnight: night
+    };
+    for (Case const& c : cases) {
+        CKVVec3<float> const d = ViewSunPosition::directionAt(c.hours);
+        EXPECT_NEAR(d.x, c.expected.x(), c.tolerance) << c.hours;
+        EXPECT_NEAR(d.y, c.expected.y(), c.tolerance) << c.hours;
+        EXPECT_NEAR(d.z, c.expected.z(), c.tolerance) << c.hours;
+    }
+
+    // The default view stands under the daylight sky; grey switches back.
+    EXPECT_EQ(ViewRenderSettings(ViewOptions()).getConfig().getBackGroundConfig().getBackGroundType(),
+              CKVBackGroundConfig::kAtmosphere);
+    ASSERT_TRUE(parse({"--background", "grey"}, options));
+    EXPECT_EQ(ViewRenderSettings(options).getConfig().getBackGroundConfig().getBackGroundType(),
+              CKVBackGroundConfig::kSolidColor);
+}
+
+TEST(ViewSunPositionTest, TheHourKeyMovesTheSunRoundTheClock)
+{
+    ViewOptions options;
+    ASSERT_TRUE(parse({"--time", "23:30"}, options));
+    ViewRenderSettings settings(options);
+    ViewKeyBindings keys(settings);
+    EXPECT_EQ(keys.handleKey('t', 0).message, "time: 00:00");
+    CKVVec3<float> const midnight = ViewSunPosition::directionAt(0.0);
+    EXPECT_FLOAT_EQ(settings.getConfig().getLightPosition().z, midnight.z);
+    EXPECT_EQ(keys.handleKey('t', 0).message, "time: 01:00");
 }

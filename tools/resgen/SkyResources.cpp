@@ -151,9 +151,18 @@ bool writeStarNoise(std::string const& path)
     Lcg rand(7u);
     osg::ref_ptr<osg::Image> image = new osg::Image;
     image->allocateImage(size, size, 1, GL_LUMINANCE, GL_UNSIGNED_BYTE);
+    // The sky shows a star where the noise rises above three quarters: a
+    // few texels in a thousand, so that the night sky is black between
+    // stars. The rest stays a dim grey noise.
+    constexpr float kStarDensity = 0.003f;
+    constexpr float kDimCeiling = 0.6f;
     for (int y = 0; y < size; ++y) {
-        for (int x = 0; x < size; ++x)
-            *image->data(x, y) = static_cast<unsigned char>(rand.unit() * 255.0f);
+        for (int x = 0; x < size; ++x) {
+            float const pick = rand.unit();
+            float const value = rand.unit();
+            float const level = pick < kStarDensity ? 0.8f + 0.2f * value : kDimCeiling * value;
+            *image->data(x, y) = static_cast<unsigned char>(level * 255.0f);
+        }
     }
     return writeImage(*image, path);
 }
