@@ -27,6 +27,61 @@ void intersectPrimitives(osg::Drawable& drawable, osg::KdTree const* tree, Polyt
         drawable.accept(functor);
 }
 
+// A hit's place in the order, kept apart from the hit so that sorting
+// moves little and reads nothing else.
+struct DepthKey
+{
+    std::uint64_t bits;
+    unsigned int primitiveIndex;
+    unsigned int frame;
+    std::size_t index;
+};
+
+// A depth as an unsigned number in the same order; both zeros alike, as
+// they compare equal.
+std::uint64_t orderedBits(double distance)
+{
+    if (distance == 0.0)
+        distance = 0.0;
+    std::uint64_t bits;
+    std::memcpy(&bits, &distance, sizeof bits);
+    constexpr std::uint64_t kSign = std::uint64_t(1) << 63;
+    return (bits & kSign) ? ~bits : (bits | kSign);
+}
+
+// Least significant digit first, so that equal keys keep their order.
+void radixSort(std::vector<DepthKey>& keys)
+{
+    // Below this the buckets cost more than a comparison sort.
+    constexpr std::size_t kSmall = 4096;
+    if (keys.size() < kSmall)
+    {
+        std::stable_sort(keys.begin(), keys.end(),
+                         [](DepthKey const& a, DepthKey const& b) { return a.bits < b.bits; });
+        return;
+    }
+    // Few enough buckets that the scattered writes stay in cache.
+    constexpr unsigned int kDigitBits = 11;
+    constexpr std::size_t kBuckets = std::size_t(1) << kDigitBits;
+    std::vector<DepthKey> scratch(keys.size());
+    std::vector<std::size_t> counts(kBuckets);
+    for (unsigned int shift = 0; shift < 64; shift += kDigitBits)
+    {
+        std::fill(counts.begin(), counts.end(), 0);
+        for (DepthKey const& key : keys)
+            ++counts[(key.bits >> shift) & (kBuckets - 1)];
+        // A digit every key shares orders nothing.
+        if (counts[(keys.front().bits >> shift) & (kBuckets - 1)] == keys.size())
+            continue;
+        std::size_t offset = 0;
+        for (std::size_t& count : counts)
+            offset += std::exchange(count, offset);
+        for (DepthKey const& key : keys)
+            scratch[counts[(key.bits >> shift) & (kBuckets - 1)]++] = key;
+        keys.swap(scratch);
+    }
+}
+
 } // namespace
 
 bool CKVOSGPolytopeIntersector::Intersection::operator<(Intersection const& other) const
@@ -62,72 +117,184 @@ CKVOSGPolytopeIntersector& CKVOSGPolytopeIntersector::root()
     return _parent ? *static_cast<CKVOSGPolytopeIntersector*>(_parent) : *this;
 }
 
-void CKVOSGPolytopeIntersector::insertIntersection(Intersection intersection)
+CKVOSGPolytopeIntersector const& CKVOSGPolytopeIntersector::root() const
 {
-    root().mFound.push_back(std::move(intersection));
+    return _parent ? *static_cast<CKVOSGPolytopeIntersector const*>(_parent) : *this;
+}
+
+unsigned int CKVOSGPolytopeIntersector::addFrame(osgUtil::IntersectionVisitor& visitor,
+                                                 osg::Drawable* drawable, unsigned int instanceIndex)
+{
+    CKVOSGPolytopeIntersector& owner = root();
+    // Instances of one geometry come one after another along one path.
+    osg::NodePath const& path = visitor.getNodePath();
+    if (owner.mPaths.empty() || owner.mPaths.back() != path)
+        owner.mPaths.push_back(path);
+    Frame frame;
+    frame.path = static_cast<unsigned int>(owner.mPaths.size() - 1);
+    frame.drawable = drawable;
+    frame.matrix = visitor.getModelMatrix();
+    frame.instanceIndex = instanceIndex;
+    owner.mFrames.push_back(std::move(frame));
+    return static_cast<unsigned int>(owner.mFrames.size() - 1);
+}
+
+void CKVOSGPolytopeIntersector::addHit(Hit const& hit, double maxDistance, Vec3_type const* points,
+                                       unsigned int count)
+{
+    CKVOSGPolytopeIntersector& owner = root();
+    owner.mHits.push_back(hit);
+    owner.mIntersectionsCurrent = false;
+    if (!owner.mKeepsPoints)
+        return;
+    Points kept;
+    kept.maxDistance = maxDistance;
+    kept.count = std::min<unsigned int>(count, Intersection::MaxNumIntesectionPoints);
+    std::copy(points, points + kept.count, kept.points);
+    owner.mPoints.push_back(kept);
+}
+
+bool CKVOSGPolytopeIntersector::frameLess(unsigned int a, unsigned int b) const
+{
+    // Past depth and primitive, the stock record's order goes on with path
+    // and drawable; ours ends with the instance.
+    if (a == b)
+        return false;
+    Frame const& fa = mFrames[a];
+    Frame const& fb = mFrames[b];
+    if (fa.path != fb.path)
+    {
+        osg::NodePath const& pa = mPaths[fa.path];
+        osg::NodePath const& pb = mPaths[fb.path];
+        if (pa < pb)
+            return true;
+        if (pb < pa)
+            return false;
+    }
+    if (fa.drawable != fb.drawable)
+        return fa.drawable < fb.drawable;
+    return fa.instanceIndex < fb.instanceIndex;
+}
+
+bool CKVOSGPolytopeIntersector::sameInstance(Hit const& a, Hit const& b) const
+{
+    CKVOSGPolytopeIntersector const& owner = root();
+    if (a.frame == b.frame)
+        return true;
+    Frame const& fa = owner.mFrames[a.frame];
+    Frame const& fb = owner.mFrames[b.frame];
+    return fa.instanceIndex == fb.instanceIndex && fa.drawable == fb.drawable &&
+           (fa.path == fb.path || owner.mPaths[fa.path] == owner.mPaths[fb.path]);
+}
+
+CKVOSGPolytopeIntersector::Hits const& CKVOSGPolytopeIntersector::getHits()
+{
+    CKVOSGPolytopeIntersector& owner = root();
+    if (owner.mOrdered != owner.mHits.size())
+        owner.putInOrder();
+    return owner.mHits;
+}
+
+void CKVOSGPolytopeIntersector::putInOrder()
+{
+    // Ordered by depth with a radix sort (a selection finds hundreds of
+    // thousands of hits), which keeps the order found among equal depths;
+    // only runs of equal depth are then sorted by the rest of the order. Of
+    // equal hits the one found first (or put in order before) comes first.
+    std::vector<DepthKey> keys(mHits.size());
+    for (std::size_t i = 0; i < mHits.size(); ++i)
+        keys[i] = DepthKey{orderedBits(mHits[i].distance), mHits[i].primitiveIndex, mHits[i].frame, i};
+    radixSort(keys);
+    auto rest = [this](DepthKey const& a, DepthKey const& b) {
+        if (a.primitiveIndex != b.primitiveIndex)
+            return a.primitiveIndex < b.primitiveIndex;
+        if (a.frame != b.frame)
+        {
+            if (frameLess(a.frame, b.frame))
+                return true;
+            if (frameLess(b.frame, a.frame))
+                return false;
+        }
+        return a.index < b.index;
+    };
+    for (std::size_t first = 0; first < keys.size();)
+    {
+        std::size_t last = first + 1;
+        while (last < keys.size() && keys[last].bits == keys[first].bits)
+            ++last;
+        if (last - first > 1)
+            std::sort(keys.begin() + first, keys.begin() + last, rest);
+        first = last;
+    }
+    Hits ordered;
+    ordered.reserve(keys.size());
+    std::vector<Points> orderedPoints;
+    orderedPoints.reserve(mPoints.size());
+    DepthKey const* previous = nullptr;
+    for (DepthKey const& key : keys)
+    {
+        bool const same = previous && previous->bits == key.bits && previous->primitiveIndex == key.primitiveIndex &&
+                          !frameLess(previous->frame, key.frame) && !frameLess(key.frame, previous->frame);
+        if (same)
+            continue;
+        previous = &key;
+        ordered.push_back(mHits[key.index]);
+        if (key.index < mPoints.size())
+            orderedPoints.push_back(mPoints[key.index]);
+    }
+    mHits.swap(ordered);
+    mPoints.swap(orderedPoints);
+    mOrdered = mHits.size();
 }
 
 CKVOSGPolytopeIntersector::Intersections& CKVOSGPolytopeIntersector::getIntersections()
 {
     CKVOSGPolytopeIntersector& owner = root();
-    if (!owner.mFound.empty())
-        owner.putInOrder();
-    return owner.mIntersections;
-}
-
-void CKVOSGPolytopeIntersector::putInOrder()
-{
-    // Everything in the order it was found: what was put in order before
-    // came first.
-    std::vector<Intersection*> found;
-    found.reserve(mIntersections.size() + mFound.size());
-    for (Intersection& record : mIntersections)
-        found.push_back(&record);
-    for (Intersection& record : mFound)
-        found.push_back(&record);
-
-    // Sorted through small keys: the distance decides almost every
-    // comparison without touching the records themselves.
-    struct Key
+    Hits const& hits = owner.getHits();
+    if (owner.mIntersectionsCurrent)
+        return owner.mIntersections;
+    owner.mIntersections.clear();
+    owner.mIntersections.reserve(hits.size());
+    for (std::size_t i = 0; i < hits.size(); ++i)
     {
-        double distance;
-        Intersection* record;
-    };
-    std::vector<Key> keys;
-    keys.reserve(found.size());
-    for (Intersection* record : found)
-        keys.push_back(Key{record->distance, record});
-    // Stable, so that of equal records the one found first comes first.
-    std::stable_sort(keys.begin(), keys.end(), [](Key const& a, Key const& b) {
-        if (a.distance < b.distance)
-            return true;
-        if (b.distance < a.distance)
-            return false;
-        return *a.record < *b.record;
-    });
-    Intersections ordered;
-    ordered.reserve(keys.size());
-    for (Key const& key : keys)
-    {
-        if (!ordered.empty() && !(ordered.back() < *key.record))
-            continue;
-        ordered.push_back(std::move(*key.record));
+        Hit const& hit = hits[i];
+        Frame const& frame = owner.mFrames[hit.frame];
+        Intersection record;
+        record.distance = hit.distance;
+        record.nodePath = owner.mPaths[frame.path];
+        record.drawable = frame.drawable;
+        record.matrix = frame.matrix;
+        record.localIntersectionPoint = hit.localPoint;
+        record.primitiveIndex = hit.primitiveIndex;
+        record.instanceIndex = frame.instanceIndex;
+        if (i < owner.mPoints.size())
+        {
+            Points const& points = owner.mPoints[i];
+            record.maxDistance = points.maxDistance;
+            record.numIntersectionPoints = points.count;
+            std::copy(points.points, points.points + points.count, record.intersectionPoints);
+        }
+        owner.mIntersections.push_back(std::move(record));
     }
-    mIntersections.swap(ordered);
-    mFound.clear();
+    owner.mIntersectionsCurrent = true;
+    return owner.mIntersections;
 }
 
 bool CKVOSGPolytopeIntersector::containsIntersections()
 {
-    CKVOSGPolytopeIntersector& owner = root();
-    return !owner.mIntersections.empty() || !owner.mFound.empty();
+    return !root().mHits.empty();
 }
 
 void CKVOSGPolytopeIntersector::reset()
 {
     osgUtil::PolytopeIntersector::reset();
+    mPaths.clear();
+    mFrames.clear();
+    mHits.clear();
+    mOrdered = 0;
+    mPoints.clear();
     mIntersections.clear();
-    mFound.clear();
+    mIntersectionsCurrent = true;
 }
 
 osgUtil::Intersector* CKVOSGPolytopeIntersector::clone(osgUtil::IntersectionVisitor& visitor)
@@ -176,6 +343,7 @@ osgUtil::Intersector* CKVOSGPolytopeIntersector::clone(osgUtil::IntersectionVisi
     copy->setIntersectionLimit(getIntersectionLimit());
     copy->setPrimitiveMask(getPrimitiveMask());
     copy->setPrecisionHint(getPrecisionHint());
+    copy->mKeepsPoints = mKeepsPoints;
     return copy.release();
 }
 

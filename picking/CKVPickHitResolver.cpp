@@ -71,7 +71,7 @@ bool CKVPickHitResolver::resolve(Hit const& hit, CKVSelectionResult& result)
         if (!logic || !logic->getDrawable())
             continue;
 
-        osg::Vec3d const world = hit.matrix ? hit.localPoint * osg::Matrixd(*hit.matrix) : hit.localPoint;
+        osg::Vec3d const world = worldPoint(hit.localPoint, hit.matrix);
         result.setPosition(CKVPoint3D(world.x(), world.y(), world.z()));
         result.setDrawable(logic->getDrawable());
         result.setInstanceIndex(instance ? hit.instanceIndex : CKVSelectionResult::kNoInstance);
@@ -79,6 +79,11 @@ bool CKVPickHitResolver::resolve(Hit const& hit, CKVSelectionResult& result)
         return true;
     }
     return false;
+}
+
+osg::Vec3d CKVPickHitResolver::worldPoint(osg::Vec3d const& local, osg::RefMatrixd const* matrix)
+{
+    return matrix ? local * osg::Matrixd(*matrix) : local;
 }
 
 bool CKVPickHitResolver::resolve(osgUtil::LineSegmentIntersector::Intersection const& record,
@@ -94,16 +99,18 @@ bool CKVPickHitResolver::resolve(osgUtil::LineSegmentIntersector::Intersection c
     return resolve(hit, result);
 }
 
-bool CKVPickHitResolver::resolve(CKVOSGPolytopeIntersector::Intersection const& record, CKVSelectionResult& result)
+bool CKVPickHitResolver::resolve(CKVOSGPolytopeIntersector const& intersector,
+                                 CKVOSGPolytopeIntersector::Hit const& hit, CKVSelectionResult& result)
 {
-    Hit hit;
-    hit.nodePath = &record.nodePath;
-    hit.drawable = record.drawable.get();
-    hit.matrix = record.matrix.get();
-    hit.localPoint = osg::Vec3d(record.localIntersectionPoint);
-    hit.primitiveIndex = record.primitiveIndex;
-    hit.instanceIndex = record.instanceIndex;
-    return resolve(hit, result);
+    CKVOSGPolytopeIntersector::Frame const& frame = intersector.frameOf(hit);
+    Hit shared;
+    shared.nodePath = &intersector.pathOf(hit);
+    shared.drawable = frame.drawable.get();
+    shared.matrix = frame.matrix.get();
+    shared.localPoint = osg::Vec3d(hit.localPoint);
+    shared.primitiveIndex = hit.primitiveIndex;
+    shared.instanceIndex = frame.instanceIndex;
+    return resolve(shared, result);
 }
 
 } // namespace Kelvor

@@ -34,8 +34,11 @@ public:
     // True, with `result` filled, when some node on the path has a host
     // drawable; `result` is untouched otherwise.
     static bool resolve(Hit const& hit, CKVSelectionResult& result);
+    // Where a point of the hit's model frame lies in the world.
+    static osg::Vec3d worldPoint(osg::Vec3d const& local, osg::RefMatrixd const* matrix);
     static bool resolve(osgUtil::LineSegmentIntersector::Intersection const& record, CKVSelectionResult& result);
-    static bool resolve(CKVOSGPolytopeIntersector::Intersection const& record, CKVSelectionResult& result);
+    static bool resolve(CKVOSGPolytopeIntersector const& intersector, CKVOSGPolytopeIntersector::Hit const& hit,
+                        CKVSelectionResult& result);
 };
 
 } // namespace Kelvor

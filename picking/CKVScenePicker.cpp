@@ -23,11 +23,6 @@ bool firstResolved(osgUtil::LineSegmentIntersector& intersector, CKVSelectionRes
     return false;
 }
 
-bool sameInstance(CKVOSGPolytopeIntersector::Intersection const& a, CKVOSGPolytopeIntersector::Intersection const& b)
-{
-    return a.instanceIndex == b.instanceIndex && a.drawable == b.drawable && a.nodePath == b.nodePath;
-}
-
 } // namespace
 
 CKVScenePicker::CKVScenePicker(osg::Camera* camera)
@@ -74,27 +69,62 @@ bool CKVScenePicker::select(CKVPoint3D const& corner1, CKVPoint3D const& corner2
     double const y2 = height - corner2.y;
     osg::ref_ptr<CKVOSGPolytopeIntersector> intersector = new CKVOSGPolytopeIntersector(
         osgUtil::Intersector::WINDOW, std::min(x1, x2), std::min(y1, y2), std::max(x1, x2), std::max(y1, y2));
+    // Only the centre of each hit is read.
+    intersector->setKeepsPoints(false);
     CKVOSGIntersectionVisitor visitor(intersector.get());
     visitor.setTraversalMask(~0u);
     visitor.setUseInstanceSearch(mUseInstanceSearch);
     mCamera->accept(visitor);
 
     results.clear();
-    CKVOSGPolytopeIntersector::Intersection const* lastInstanceHit = nullptr;
-    for (CKVOSGPolytopeIntersector::Intersection const& record : intersector->getIntersections())
+    // What an instance resolved to, kept for when its hits come back after
+    // another's: an instance answers alike whatever primitive was hit.
+    struct Known
+    {
+        CKVDrawable const* drawable = nullptr;
+        CKVSceneNode const* sceneNode = nullptr;
+    };
+    std::vector<Known> known(intersector->getFrameCount());
+    // Hits of instances side by side alternate, so a rectangle lists about
+    // as many results as it has hits: room for them at once spares copying
+    // every result as the list grows.
+    CKVOSGPolytopeIntersector::Hits const& hits = intersector->getHits();
+    results.reserve(std::min<std::size_t>(maxCount, hits.size()));
+    CKVOSGPolytopeIntersector::Hit const* lastInstanceHit = nullptr;
+    for (CKVOSGPolytopeIntersector::Hit const& hit : hits)
     {
         if (results.size() >= maxCount)
             break;
         // Another primitive of the instance resolved just before: it names
         // the same drawable, which is already the last one listed.
-        if (lastInstanceHit && sameInstance(*lastInstanceHit, record))
+        if (lastInstanceHit && intersector->sameInstance(*lastInstanceHit, hit))
             continue;
         lastInstanceHit = nullptr;
+        Known& answer = known[hit.frame];
+        if (answer.drawable)
+        {
+            lastInstanceHit = &hit;
+            if (!results.empty() && results.back().getDrawable() == answer.drawable)
+                continue;
+            CKVOSGPolytopeIntersector::Frame const& frame = intersector->frameOf(hit);
+            osg::Vec3d const world = CKVPickHitResolver::worldPoint(osg::Vec3d(hit.localPoint), frame.matrix.get());
+            results.emplace_back();
+            CKVSelectionResult& result = results.back();
+            result.setPosition(CKVPoint3D(world.x(), world.y(), world.z()));
+            result.setDrawable(answer.drawable);
+            result.setInstanceIndex(frame.instanceIndex);
+            result.setSceneNode(answer.sceneNode);
+            continue;
+        }
         CKVSelectionResult result;
-        if (!CKVPickHitResolver::resolve(record, result))
+        if (!CKVPickHitResolver::resolve(*intersector, hit, result))
             continue;
         if (result.getInstanceIndex() != CKVSelectionResult::kNoInstance)
-            lastInstanceHit = &record;
+        {
+            lastInstanceHit = &hit;
+            answer.drawable = result.getDrawable();
+            answer.sceneNode = result.getSceneNode();
+        }
         if (!results.empty() && results.back().getDrawable() == result.getDrawable())
             continue;
         results.push_back(result);

@@ -152,30 +152,41 @@ void IntersectFunctor<Vec3>::addIntersection(unsigned int primitiveIndex)
 {
     CKVOSGPolytopeIntersector& intersector = *mSettings->mPolytopeIntersector;
     osg::Plane const& reference = intersector.getReferencePlane();
+    bool const keepsPoints = intersector.keepsPoints();
 
     Vec3 centre(0, 0, 0);
     double maxDistance = -DBL_MAX;
     for (Vec3 const& v : mVertices)
     {
         centre += v;
-        maxDistance = std::max(maxDistance, double(reference.distance(v)));
+        if (keepsPoints)
+            maxDistance = std::max(maxDistance, double(reference.distance(v)));
     }
     centre /= value_type(mVertices.size());
 
-    CKVOSGPolytopeIntersector::Intersection record;
-    record.distance = reference.distance(centre);
-    record.maxDistance = maxDistance;
-    record.nodePath = mSettings->mIntersectionVisitor->getNodePath();
-    record.instanceIndex = CKVOSGIntersectionVisitor::currentInstanceIndexOf(*mSettings->mIntersectionVisitor);
-    record.drawable = mSettings->mDrawable;
-    record.matrix = mSettings->mIntersectionVisitor->getModelMatrix();
-    record.localIntersectionPoint = osgUtil::PolytopeIntersector::Vec3_type(centre);
-    record.numIntersectionPoints = static_cast<unsigned int>(
-        std::min<std::size_t>(mVertices.size(), osgUtil::PolytopeIntersector::Intersection::MaxNumIntesectionPoints));
-    for (unsigned int i = 0; i < record.numIntersectionPoints; ++i)
-        record.intersectionPoints[i] = osgUtil::PolytopeIntersector::Vec3_type(mVertices[i]);
-    record.primitiveIndex = primitiveIndex;
-    intersector.insertIntersection(std::move(record));
+    if (mSettings->mFrame == Settings::kNoFrame)
+    {
+        osgUtil::IntersectionVisitor& visitor = *mSettings->mIntersectionVisitor;
+        mSettings->mFrame = intersector.addFrame(visitor, mSettings->mDrawable,
+                                                 CKVOSGIntersectionVisitor::currentInstanceIndexOf(visitor));
+    }
+    CKVOSGPolytopeIntersector::Hit hit;
+    hit.distance = reference.distance(centre);
+    hit.localPoint = osgUtil::PolytopeIntersector::Vec3_type(centre);
+    hit.primitiveIndex = primitiveIndex;
+    hit.frame = mSettings->mFrame;
+    if (keepsPoints)
+    {
+        typedef osgUtil::PolytopeIntersector::Vec3_type Point;
+        constexpr std::size_t kMax = osgUtil::PolytopeIntersector::Intersection::MaxNumIntesectionPoints;
+        Point points[kMax];
+        std::size_t const count = std::min(mVertices.size(), kMax);
+        for (std::size_t i = 0; i < count; ++i)
+            points[i] = Point(mVertices[i]);
+        intersector.addHit(hit, maxDistance, points, static_cast<unsigned int>(count));
+    }
+    else
+        intersector.addHit(hit, 0.0, nullptr, 0);
     mHit = true;
 }
 

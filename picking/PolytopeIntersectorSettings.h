@@ -25,6 +25,9 @@ struct Settings : public osg::Referenced
     bool mLimitOneIntersection = false;
     // Bit 1 points, bit 2 lines, bit 4 triangles (and quads).
     unsigned int mPrimitiveMask = 7;
+    // The intersector's frame for this drawable's hits, made at the first.
+    static constexpr unsigned int kNoFrame = ~0u;
+    unsigned int mFrame = kNoFrame;
 
 protected:
     ~Settings() override = default;

@@ -7,6 +7,7 @@
 #include "TarnwickRender/CKVSelectionResult.h"
 
 #include <osg/Geometry>
+#include <osg/Group>
 #include <osg/KdTree>
 
 #include <gtest/gtest.h>
@@ -160,6 +161,49 @@ TEST(PolytopeClipTest, TriangleStraddlingPlanesIsClippedToItsInsidePart)
     osg::Polytope beyond;
     beyond.add(osg::Plane(1, 0, 0, -1.5)); // x >= 1.5
     EXPECT_TRUE(intersect(*geometry, beyond).empty());
+}
+
+// Enough hits for the bulk ordering, most of them at a depth that others
+// share, and every primitive reached along two paths: the records come out
+// strictly in the record order (depth, primitive, path), each exactly once.
+TEST(PolytopeClipTest, ManyHitsComeOutInRecordOrderEachOnce)
+{
+    constexpr int kTriangles = 3000;
+    constexpr int kDepths = 7;
+    osg::ref_ptr<osg::Geometry> geometry = new osg::Geometry;
+    osg::ref_ptr<osg::Vec3Array> vertices = new osg::Vec3Array;
+    for (int i = 0; i < kTriangles; ++i)
+    {
+        float const x = 0.001f * float(i);
+        float const z = float(i % kDepths) - 3.0f;
+        vertices->push_back(osg::Vec3(x, 0, z));
+        vertices->push_back(osg::Vec3(x + 0.5f, 0, z));
+        vertices->push_back(osg::Vec3(x, 1, z));
+    }
+    geometry->setVertexArray(vertices.get());
+    geometry->addPrimitiveSet(new osg::DrawArrays(GL_TRIANGLES, 0, GLsizei(vertices->size())));
+    osg::ref_ptr<osg::Group> root = new osg::Group;
+    for (int path = 0; path < 2; ++path)
+    {
+        osg::ref_ptr<osg::Group> parent = new osg::Group;
+        parent->addChild(geometry.get());
+        root->addChild(parent.get());
+    }
+    osg::Polytope polytope;
+    polytope.add(osg::Plane(1, 0, 0, 1));   // x >= -1
+    polytope.add(osg::Plane(-1, 0, 0, 10)); // x <= 10
+    polytope.add(osg::Plane(0, 0, 1, 10));  // z >= -10
+
+    for (bool doubles : {false, true})
+    {
+        CKVOSGPolytopeIntersector::Intersections const hits = intersect(*root, polytope, false, doubles);
+        ASSERT_EQ(hits.size(), std::size_t(2 * kTriangles));
+        std::size_t outOfOrder = 0;
+        for (std::size_t i = 1; i < hits.size(); ++i)
+            outOfOrder += (hits[i - 1] < hits[i]) ? 0 : 1;
+        EXPECT_EQ(outOfOrder, 0u);
+        EXPECT_EQ(hits.front().distance, hits[1].distance) << "depths must be shared for the test to mean something";
+    }
 }
 
 TEST(PolytopeClipTest, KdTreeWalkFindsTheSamePrimitivesAndWarnsAboutOddSizes)

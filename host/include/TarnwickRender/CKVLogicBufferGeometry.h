@@ -50,10 +50,10 @@ public:
     // Placement after the last packing, read under the geometry's logic mutex.
     // kNotPlaced until packed.
     unsigned int getInstanceIndex() const { return mInstanceIndex; }
-    unsigned int getBaseVertex() const { return mBaseVertex; }
+    unsigned int getBaseVertex() const;
     // The part's indices in the packed index buffer; count 0 for an instance.
-    CKVBufferDataSegment const& getSegment() const { return mSegment; }
-    bool isPlaced() const { return mInstanceIndex != kNotPlaced || mBaseVertex != kNotPlaced; }
+    CKVBufferDataSegment const& getSegment() const;
+    bool isPlaced() const { return mInstanceIndex != kNotPlaced || getBaseVertex() != kNotPlaced; }
 
 private:
     friend class CKVBufferGeometry;
@@ -65,22 +65,23 @@ private:
     void unplace();
 
     // What only a part has. A model of a million placements holds a million
-    // instances, so the part's buffers are kept out of the object until one
-    // is set.
+    // instances, so the part's buffers and placement are kept out of the
+    // object until one is set.
     struct PartData
     {
         std::vector<float> vertexData[CKVVertexBufferAttribute::kNameCount];
         std::vector<unsigned int> indices;
+        unsigned int baseVertex = kNotPlaced;
+        CKVBufferDataSegment segment;
     };
     PartData& partData();
 
-    bool mIsInstance = false;
     CKVMatrix3D mInstanceMatrix;
     std::unique_ptr<PartData> mPart;
     std::atomic<CKVBufferGeometry const*> mOwner{nullptr};
     unsigned int mInstanceIndex = kNotPlaced;
-    unsigned int mBaseVertex = kNotPlaced;
-    CKVBufferDataSegment mSegment;
+    // After the index, where it fills what would be padding.
+    bool mIsInstance = false;
 };
 
 } // namespace Kelvor

@@ -84,25 +84,38 @@ void CKVLogicBufferGeometry::release(CKVBufferGeometry const* owner)
     mOwner.compare_exchange_strong(expected, nullptr, std::memory_order_acq_rel);
 }
 
+unsigned int CKVLogicBufferGeometry::getBaseVertex() const
+{
+    return mPart ? mPart->baseVertex : kNotPlaced;
+}
+
+CKVBufferDataSegment const& CKVLogicBufferGeometry::getSegment() const
+{
+    static CKVBufferDataSegment const none;
+    return mPart ? mPart->segment : none;
+}
+
 void CKVLogicBufferGeometry::placeInstance(unsigned int index)
 {
+    unplace();
     mInstanceIndex = index;
-    mBaseVertex = kNotPlaced;
-    mSegment = CKVBufferDataSegment();
 }
 
 void CKVLogicBufferGeometry::placePart(unsigned int baseVertex, CKVBufferDataSegment const& segment)
 {
     mInstanceIndex = kNotPlaced;
-    mBaseVertex = baseVertex;
-    mSegment = segment;
+    PartData& part = partData();
+    part.baseVertex = baseVertex;
+    part.segment = segment;
 }
 
 void CKVLogicBufferGeometry::unplace()
 {
     mInstanceIndex = kNotPlaced;
-    mBaseVertex = kNotPlaced;
-    mSegment = CKVBufferDataSegment();
+    if (mPart) {
+        mPart->baseVertex = kNotPlaced;
+        mPart->segment = CKVBufferDataSegment();
+    }
 }
 
 } // namespace Kelvor
