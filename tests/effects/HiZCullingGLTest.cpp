@@ -32,7 +32,7 @@ constexpr unsigned int kGridSide = 100;
 constexpr float kGridSpacing = 0.2f;
 constexpr float kBoxHalf = 0.08f;
 constexpr float kSmallFeaturePixels = 2.0f;
-constexpr int kFootprint = 4;
+constexpr int kTexelBudget = 64;
 
 enum Outcome
 {
@@ -106,8 +106,8 @@ Outcome cullReference(osg::Matrixf const& toClip, osg::Vec3f const& centre, osg:
     }
     int const top = static_cast<int>(chain->levels.size()) - 1;
     int level = 0;
-    while (level < top && ((end[0] >> level) - (first[0] >> level) > kFootprint - 1 ||
-                           (end[1] >> level) - (first[1] >> level) > kFootprint - 1))
+    auto texels = [&](int l) { return ((end[0] >> l) - (first[0] >> l) + 1) * ((end[1] >> l) - (first[1] >> l) + 1); };
+    while (level < top && texels(level) > kTexelBudget)
         ++level;
     osg::Vec2i const size = chain->sizes[level];
     float farthest = 0.0f;
