@@ -15,6 +15,10 @@
 #include "scene/CKVOSGGeometry.h"
 #include "support/ImageCompare.h"
 
+#include "TarnwickRender/CKVRCAreaSelectObject.h"
+#include "TarnwickRender/CKVRCPickSelectObject.h"
+#include "TarnwickRender/CKVSelectionResult.h"
+
 #include <osg/GLExtensions>
 #include <osg/Transform>
 #include <osg/PrimitiveSetIndirect>
@@ -118,9 +122,10 @@ Outcome cullReference(osg::Matrixf const& toClip, osg::Vec3f const& centre, osg:
 }
 
 // An instance of the shape before it, at (x, y, z).
-kv_shared_ptr<CKVLogicBufferGeometry> placed(double x, double y, double z)
+kv_shared_ptr<CKVLogicBufferGeometry> placed(double x, double y, double z, CKVDrawable* drawable = nullptr)
 {
-    kv_shared_ptr<CKVLogicBufferGeometry> instance(new CKVLogicBufferGeometry);
+    kv_shared_ptr<CKVLogicBufferGeometry> instance(drawable ? new CKVLogicBufferGeometry(drawable)
+                                                            : new CKVLogicBufferGeometry);
     instance->setInstanceMatrix(CKVMatrix3D::translation(CKVVector3D(x, y, z)));
     return instance;
 }
@@ -163,17 +168,27 @@ protected:
         return addNode(material.get(), shapes, at, param);
     }
 
-    // Boxes on the ground, `side` by `side`, centred on the origin.
-    CKVOSGGeometry* addGrid(unsigned int side, osg::Vec4ub const& colour, CKVPoint3D const& at = CKVPoint3D(0, 0, 0))
+    // Boxes on the ground, `side` by `side`, centred on the origin; instance
+    // i the drawable of id i + 1 when `identified`.
+    CKVOSGGeometry* addGrid(unsigned int side, osg::Vec4ub const& colour, CKVPoint3D const& at = CKVPoint3D(0, 0, 0),
+                            bool identified = false)
     {
         std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> shapes{SceneShapes::boxShape(kBoxHalf, kBoxHalf, kBoxHalf)};
-        float const origin = -0.5f * kGridSpacing * (side - 1);
         for (unsigned int i = 0; i < side * side; ++i)
         {
-            shapes.push_back(placed(origin + kGridSpacing * (i % side), origin + kGridSpacing * (i / side), kBoxHalf));
+            if (identified)
+                mDrawables.push_back(new CKVDrawable(i + 1));
+            osg::Vec3f const centre = gridCentre(side, i);
+            shapes.push_back(placed(centre.x(), centre.y(), centre.z(), identified ? mDrawables.back().get() : nullptr));
         }
         addColoured(shapes, colour, at);
         return lastGeometry();
+    }
+
+    static osg::Vec3f gridCentre(unsigned int side, unsigned int i)
+    {
+        float const origin = -0.5f * kGridSpacing * (side - 1);
+        return osg::Vec3f(origin + kGridSpacing * (i % side), origin + kGridSpacing * (i / side), kBoxHalf);
     }
 
     void addWall(osg::Vec4ub const& colour)
@@ -263,7 +278,9 @@ protected:
 
     // Outcomes of the CPU reference for every instance of `geometry`, with
     // the matrices the last frame culled with.
-    std::vector<unsigned int> reference(CKVOSGGeometry& geometry, DepthChain const* chain)
+    std::vector<unsigned int> reference(CKVOSGGeometry& geometry, DepthChain const* chain,
+                                        osg::Vec2f const& screen = osg::Vec2f(kPictureWidth, kPictureHeight),
+                                        std::vector<Outcome>* each = nullptr)
     {
         CKVOSGCamera* camera = mContext->getMainCamera();
         // The node's own matrix as well: the program reads it from the block.
@@ -274,12 +291,34 @@ protected:
         geometry.getInstanceMatrices(instances);
         std::vector<unsigned int> outcomes(kOutcomeCount, 0);
         for (osg::Matrixd const& instance : instances)
-            ++outcomes[cullReference(osg::Matrixf(instance) * viewProjection, box.center(),
-                                     (box._max - box._min) * 0.5f, osg::Vec2f(kPictureWidth, kPictureHeight), chain)];
+        {
+            Outcome const outcome =
+                cullReference(osg::Matrixf(instance) * viewProjection, box.center(), (box._max - box._min) * 0.5f, screen, chain);
+            ++outcomes[outcome];
+            if (each)
+                each->push_back(outcome);
+        }
         return outcomes;
     }
 
+    // Where a world point lies in the window, y counted from the top as
+    // the pick commands count it.
+    CKVPoint3D pickPixel(osg::Vec3f const& world)
+    {
+        CKVOSGCamera* camera = mContext->getMainCamera();
+        osg::Vec3d const window = osg::Vec3d(world) * camera->getViewMatrix() * camera->getCullProjection() *
+                                  camera->getViewport()->computeWindowMatrix();
+        return CKVPoint3D(window.x(), camera->getViewport()->height() - window.y(), 0.0);
+    }
+
+    // The instance of the grid a result names, or -1.
+    static long instanceOf(CKVSelectionResult const* result)
+    {
+        return result && result->getDrawable() ? long(result->getDrawable()->getId()) - 1 : -1;
+    }
+
     std::vector<kv_shared_ptr<CKVBasicMaterial>> mMaterials;
+    std::vector<kv_shared_ptr<CKVDrawable>> mDrawables;
 };
 
 osg::Vec4ub const kGridColour(200, 120, 60, 255);
@@ -401,6 +440,78 @@ TEST_F(HiZCullingGLTest, TransparentNodesNeitherOccludeNorAreCulled)
     EXPECT_NEAR(double(drawn), double(reference(*grid, &chain)[kKept]), 3.0);
     ASSERT_EQ(reference(*glassRow, &chain)[kHidden], 5u) << "the screen must hide the transparent row";
     EXPECT_EQ(drawnInstances(*glassRow), 5u);
+}
+
+// Picking reads the host's rows, not what the GPU kept: a box culled as too
+// small is still found under its pixel, and a rectangle over the wall still
+// selects the boxes hidden behind it.
+TEST_F(HiZCullingGLTest, PickAndAreaSelectionFindInstancesThatCullingRemoved)
+{
+    CKVOSGGeometry* grid = addGrid(kGridSide, kGridColour, CKVPoint3D(0, 0, 0), true);
+    addWall(kWallColour);
+    frames();
+    unsigned int drawn = 0;
+    DepthChain const chain = readChain(grid, &drawn);
+    std::vector<Outcome> each;
+    std::vector<unsigned int> const outcomes =
+        reference(*grid, &chain, osg::Vec2f(kPictureWidth, kPictureHeight), &each);
+    ASSERT_NEAR(double(drawn), double(outcomes[kKept]), 3.0);
+    ASSERT_EQ(each.size(), std::size_t(kGridSide) * kGridSide);
+
+    // The middle box of the farthest row: below two pixels, with nothing in
+    // front of it.
+    unsigned int const far = kGridSide * (kGridSide - 1) + kGridSide / 2;
+    ASSERT_EQ(each[far], kTooSmall);
+    kv_shared_ptr<CKVRCPickSelectObject> point = new CKVRCPickSelectObject(pickPixel(gridCentre(kGridSide, far)));
+    // The wall's middle, where only hidden boxes lie behind it.
+    CKVPoint3D const wallLow = pickPixel(osg::Vec3f(-0.5f, -5.1f, 0.5f));
+    CKVPoint3D const wallHigh = pickPixel(osg::Vec3f(0.5f, -5.1f, 1.5f));
+    kv_shared_ptr<CKVRCAreaSelectObject> area = new CKVRCAreaSelectObject(wallLow, wallHigh, 1000);
+    send(point.get());
+    send(area.get());
+
+    long const picked = instanceOf(point->getSelection());
+    ASSERT_GE(picked, 0) << "the pick must reach a box of the grid";
+    EXPECT_NE(each[std::size_t(picked)], kKept) << "the box under the pixel was culled";
+    unsigned int hiddenSelected = 0;
+    for (unsigned int i = 0; i < area->getResultCount(); ++i)
+    {
+        long const instance = instanceOf(area->getResult(i));
+        hiddenSelected += instance >= 0 && each[std::size_t(instance)] == kHidden;
+    }
+    EXPECT_GT(hiddenSelected, 0u) << area->getResultCount() << " results";
+}
+
+// The chain follows the window's size: after a shrink, a zero size (a
+// minimised window) and a return to full size, the counts still match the
+// reference run at the new size.
+TEST_F(HiZCullingGLTest, ResizingKeepsTheChainMatchedToTheWindow)
+{
+    CKVOSGGeometry* grid = addGrid(kGridSide, kGridColour);
+    addWall(kWallColour);
+    frames();
+    struct Size
+    {
+        int width, height;
+    };
+    for (Size const size : {Size{160, 120}, Size{0, 0}, Size{int(kPictureWidth), int(kPictureHeight)}})
+    {
+        bool resized = false;
+        ASSERT_TRUE(tickWith([&](CKVRenderContext* context) { return context->setViewPort(size.width, size.height); },
+                             &resized));
+        ASSERT_TRUE(resized);
+        frames();
+        if (size.width == 0)
+            continue;
+        unsigned int drawn = 0;
+        DepthChain const chain = readChain(grid, &drawn);
+        ASSERT_FALSE(chain.levels.empty());
+        EXPECT_EQ(chain.sizes[0], osg::Vec2i(size.width, size.height));
+        std::vector<unsigned int> const outcomes =
+            reference(*grid, &chain, osg::Vec2f(float(size.width), float(size.height)));
+        EXPECT_GT(outcomes[kHidden], 100u) << size.width;
+        EXPECT_NEAR(double(drawn), double(outcomes[kKept]), 3.0) << size.width;
+    }
 }
 
 } // namespace Kelvor
