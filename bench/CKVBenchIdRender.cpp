@@ -1,5 +1,6 @@
 #include "bench/CKVBenchIdRender.h"
 
+#include <osg/BoundingBox>
 #include <osg/Camera>
 #include <osg/Geometry>
 #include <osg/GraphicsContext>
@@ -7,6 +8,8 @@
 #include <osg/Program>
 #include <osg/VertexAttribDivisor>
 #include <osgViewer/Viewer>
+
+#include <algorithm>
 
 namespace Kelvor {
 
@@ -43,7 +46,44 @@ void main()
 }
 )";
 
+osg::Matrixd viewProjectionOf(CKVBenchIdRender::Camera const& camera, int width, int height)
+{
+    return osg::Matrixd::lookAt(osg::Vec3d(camera.eye[0], camera.eye[1], camera.eye[2]),
+                                osg::Vec3d(camera.target[0], camera.target[1], camera.target[2]), osg::Vec3d(0, 0, 1)) *
+           osg::Matrixd::perspective(camera.fovDegrees, double(width) / height, camera.zNear, camera.zFar);
+}
+
 } // namespace
+
+std::vector<bool> CKVBenchIdRender::largerThan(std::vector<CKVBenchMesh> const& meshes,
+                                               std::vector<CKVBenchPlacement> const& placements, Camera const& camera,
+                                               int width, int height, double pixels)
+{
+    std::vector<osg::BoundingBoxd> boxes(meshes.size());
+    for (std::size_t m = 0; m < meshes.size(); ++m)
+        for (unsigned int v = 0; v < meshes[m].vertexCount(); ++v)
+            boxes[m].expandBy(meshes[m].positions[3 * v], meshes[m].positions[3 * v + 1], meshes[m].positions[3 * v + 2]);
+    osg::Matrixd const viewProjection = viewProjectionOf(camera, width, height);
+    std::vector<bool> large(placements.size(), true);
+    for (std::size_t i = 0; i < placements.size(); ++i) {
+        CKVBenchPlacement const& p = placements[i];
+        osg::Matrixd const toClip = osg::Matrixd::rotate(p.quarterTurns * 1.5707963267948966, osg::Vec3d(0, 0, 1)) *
+                                    osg::Matrixd::translate(p.x, p.y, p.z) * viewProjection;
+        double low[2] = {1e300, 1e300}, high[2] = {-1e300, -1e300};
+        bool behindEye = false;
+        for (int c = 0; c < 8; ++c) {
+            osg::Vec4d const clip = osg::Vec4d(boxes[p.mesh].corner(c), 1.0) * toClip;
+            behindEye = behindEye || clip.w() <= 0.0;
+            double const screen[2] = {(clip.x() / clip.w() * 0.5 + 0.5) * width, (clip.y() / clip.w() * 0.5 + 0.5) * height};
+            for (int a = 0; a < 2; ++a) {
+                low[a] = std::min(low[a], screen[a]);
+                high[a] = std::max(high[a], screen[a]);
+            }
+        }
+        large[i] = behindEye || high[0] - low[0] > pixels || high[1] - low[1] > pixels;
+    }
+    return large;
+}
 
 std::vector<bool> CKVBenchIdRender::idsInPicture(unsigned char const* rgba, std::size_t pixels,
                                                  std::size_t placementCount)
@@ -86,10 +126,7 @@ std::vector<bool> CKVBenchIdRender::visiblePlacements(std::vector<CKVBenchMesh> 
     for (std::size_t i = 0; i < placements.size(); ++i)
         batches[placements[i].mesh].push_back(i);
 
-    osg::Matrixd const viewProjection =
-        osg::Matrixd::lookAt(osg::Vec3d(camera.eye[0], camera.eye[1], camera.eye[2]),
-                             osg::Vec3d(camera.target[0], camera.target[1], camera.target[2]), osg::Vec3d(0, 0, 1)) *
-        osg::Matrixd::perspective(camera.fovDegrees, double(width) / height, camera.zNear, camera.zFar);
+    osg::Matrixd const viewProjection = viewProjectionOf(camera, width, height);
 
     osg::ref_ptr<osg::Group> root = new osg::Group;
     osg::ref_ptr<osg::Program> program = new osg::Program;

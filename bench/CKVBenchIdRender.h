@@ -30,6 +30,13 @@ public:
                                                std::vector<CKVBenchPlacement> const& placements, Camera const& camera,
                                                int width, int height);
 
+    // The placements whose box spans more than `pixels` on either screen
+    // axis (or reaches behind the eye): those that culling's small-feature
+    // test keeps.
+    static std::vector<bool> largerThan(std::vector<CKVBenchMesh> const& meshes,
+                                        std::vector<CKVBenchPlacement> const& placements, Camera const& camera,
+                                        int width, int height, double pixels);
+
     // The placements whose id a picture of packed ids holds (RGBA8, row
     // after row).
     static std::vector<bool> idsInPicture(unsigned char const* rgba, std::size_t pixels, std::size_t placementCount);

@@ -56,6 +56,8 @@ struct Scene
 // facade in front fills much of the view.
 constexpr double kStandOff = 60.0;
 constexpr double kEyeHeight = 1.7;
+// The culling pass's small-feature threshold.
+constexpr double kSmallFeaturePixels = 2.0;
 
 Scene makeScene(CKVBenchOptions const& options)
 {
@@ -206,6 +208,13 @@ bool CKVBenchRunner::runScene(CKVSceneBench& bench, CKVBenchOptions const& optio
         std::vector<bool> const visible =
             CKVBenchIdRender::visiblePlacements(scene.meshes, scene.placements, camera, options.width, options.height);
         report.set("instances_visible", visible.empty() ? -1.0 : double(std::count(visible.begin(), visible.end(), true)));
+        // Those the small-feature test may not remove.
+        std::vector<bool> const large = CKVBenchIdRender::largerThan(scene.meshes, scene.placements, camera, options.width,
+                                                                     options.height, kSmallFeaturePixels);
+        double visibleLarge = 0.0;
+        for (std::size_t i = 0; i < visible.size(); ++i)
+            visibleLarge += visible[i] && large[i];
+        report.set("instances_visible_over_2px", visible.empty() ? -1.0 : visibleLarge);
     }
     return true;
 }
