@@ -131,7 +131,7 @@ bool CKVBenchRunner::runScene(CKVSceneBench& bench, CKVBenchOptions const& optio
         triangles += scene.meshes[placement.mesh].triangleCount();
     report.set("triangles", triangles);
 
-    CKVCameraPath const path = makePath(scene, options.frames ? options.frames : 100);
+    CKVCameraPath const path = makePath(scene, options.turnFrames ? options.turnFrames : options.frames ? options.frames : 100);
     if (!prepare(bench, options, scene, path, report))
         return false;
     for (unsigned int i = 0; i < options.warmup; ++i) {

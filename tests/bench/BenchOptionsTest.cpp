@@ -25,7 +25,7 @@ TEST(BenchOptionsTest, ReadsEveryOptionAndRefusesWhatItDoesNotKnow)
     CKVBenchOptions options;
     std::string error;
     ASSERT_TRUE(parse({"--path=stock", "--objects=100000", "--frames=7", "--width=64", "--height=36", "--shadows=2",
-                       "--ssao=3", "--callgrind", "--culling=1", "--scene=occlusion", "--visible=1"},
+                       "--ssao=3", "--callgrind", "--culling=1", "--scene=occlusion", "--visible=1", "--turn=400"},
                       options, error))
         << error;
     EXPECT_EQ(options.path, "stock");
@@ -38,6 +38,7 @@ TEST(BenchOptionsTest, ReadsEveryOptionAndRefusesWhatItDoesNotKnow)
     EXPECT_EQ(options.culling, 1);
     EXPECT_EQ(options.scene, "occlusion");
     EXPECT_TRUE(options.countVisible);
+    EXPECT_EQ(options.turnFrames, 400u);
 
     for (std::vector<char const*> bad : {std::vector<char const*>{"--path=gpu"}, {"--objects=12k"}, {"--objects="},
                                          {"--frame=3"}, {"objects=3"}, {"--width=0"}, {"--shadows=4"}, {"--ssao=4"},
