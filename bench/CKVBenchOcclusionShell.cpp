@@ -36,7 +36,8 @@ CKVBenchMesh CKVBenchOcclusionShell::box(char const* name, float sx, float sy, f
     return mesh;
 }
 
-void CKVBenchOcclusionShell::enclose(std::vector<CKVBenchMesh>& meshes, std::vector<CKVBenchPlacement>& placements)
+void CKVBenchOcclusionShell::enclose(std::vector<CKVBenchMesh>& meshes, std::vector<CKVBenchPlacement>& placements,
+                                     double shellLow[3], double shellHigh[3])
 {
     double low[3], high[3];
     std::fill(low, low + 3, std::numeric_limits<double>::max());
@@ -51,13 +52,21 @@ void CKVBenchOcclusionShell::enclose(std::vector<CKVBenchMesh>& meshes, std::vec
     if (placements.empty())
         return;
     double const x0 = low[0] - kMargin, y0 = low[1] - kMargin, z0 = std::min(low[2], 0.0);
-    float const sx = float(high[0] - low[0] + 2 * kMargin), sy = float(high[1] - low[1] + 2 * kMargin);
-    float const sz = float(high[2] - z0 + kMargin);
+    double const sx = high[0] - low[0] + 2 * kMargin, sy = high[1] - low[1] + 2 * kMargin;
+    double const sz = high[2] - z0 + kMargin;
+    if (shellLow && shellHigh) {
+        double const outerLow[3] = {x0 - kThickness, y0 - kThickness, z0};
+        double const outerHigh[3] = {x0 + sx + kThickness, y0 + sy + kThickness, z0 + sz + kThickness};
+        std::copy(outerLow, outerLow + 3, shellLow);
+        std::copy(outerHigh, outerHigh + 3, shellHigh);
+    }
 
+    // Panels abut exactly, so that the shell stays closed.
+    double const px = sx / kPanelsAlong, py = sy / kPanelsAlong, pz = sz / kPanelsUp;
     unsigned int const longWall = static_cast<unsigned int>(meshes.size());
-    meshes.push_back(box("shell_wall_x", sx, kThickness, sz));
-    meshes.push_back(box("shell_wall_y", kThickness, sy, sz));
-    meshes.push_back(box("shell_roof", sx, sy, kThickness));
+    meshes.push_back(box("shell_wall_x", float(px), kThickness, float(pz)));
+    meshes.push_back(box("shell_wall_y", kThickness, float(py), float(pz)));
+    meshes.push_back(box("shell_roof", float(px), float(py), kThickness));
     unsigned int const shortWall = longWall + 1, roof = longWall + 2;
 
     auto place = [&](unsigned int mesh, double x, double y, double z) {
@@ -68,11 +77,16 @@ void CKVBenchOcclusionShell::enclose(std::vector<CKVBenchMesh>& meshes, std::vec
         placement.z = z;
         placements.push_back(placement);
     };
-    place(longWall, x0, y0 - kThickness, z0);
-    place(longWall, x0, y0 + sy, z0);
-    place(shortWall, x0 - kThickness, y0, z0);
-    place(shortWall, x0 + sx, y0, z0);
-    place(roof, x0, y0, z0 + sz);
+    for (int i = 0; i < kPanelsAlong; ++i) {
+        for (int k = 0; k < kPanelsUp; ++k) {
+            place(longWall, x0 + i * px, y0 - kThickness, z0 + k * pz);
+            place(longWall, x0 + i * px, y0 + sy, z0 + k * pz);
+            place(shortWall, x0 - kThickness, y0 + i * py, z0 + k * pz);
+            place(shortWall, x0 + sx, y0 + i * py, z0 + k * pz);
+        }
+        for (int j = 0; j < kPanelsAlong; ++j)
+            place(roof, x0 + i * px, y0 + j * py, z0 + sz);
+    }
 }
 
 } // namespace Kelvor

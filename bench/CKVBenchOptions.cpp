@@ -72,6 +72,10 @@ bool CKVBenchOptions::parse(int argc, char** argv, std::string& error)
             verify = static_cast<unsigned int>(number);
         else if (key == "culling" && number <= 2)
             culling = static_cast<int>(number);
+        else if (key == "turn")
+            turnFrames = static_cast<unsigned int>(number);
+        else if (key == "visible" && number <= 1)
+            countVisible = number == 1;
         else if (key == "shadows" && number <= 3)
             shadows = static_cast<int>(number);
         else if (key == "shadows") {

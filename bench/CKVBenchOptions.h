@@ -9,7 +9,7 @@ namespace Kelvor {
 //   --path=host|stock|commands|pick-host|pick-stock --objects=N --frames=F
 //   --warmup=W --width=640 --height=360 --seed=S --meshes=M --shadows=L
 //   --ssao=L --picks=P --verify=V --callgrind
-//   --culling=0|1|2 --scene=campus|occlusion
+//   --culling=0|1|2 --scene=campus|occlusion --visible=0|1 --turn=T
 struct CKVBenchOptions
 {
     std::string path = "host";
@@ -40,6 +40,11 @@ struct CKVBenchOptions
     // "campus", or "occlusion": the same campus closed in a shell of walls
     // and a roof, so that from outside nearly every instance is hidden.
     std::string scene = "campus";
+    // After the host path's frames: count the instances with a pixel on
+    // screen in an id render of the last frame's view.
+    bool countVisible = false;
+    // Frames the camera path takes for one turn; 0: the measured frames.
+    unsigned int turnFrames = 0;
     // Instrument exactly one frame for callgrind (run under
     // valgrind --tool=callgrind --instr-atstart=no) and measure no others.
     bool callgrind = false;

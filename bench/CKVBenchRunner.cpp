@@ -1,5 +1,6 @@
 #include "bench/CKVBenchRunner.h"
 
+#include "bench/CKVBenchIdRender.h"
 #include "bench/CKVBenchOcclusionShell.h"
 #include "bench/CKVBenchOptions.h"
 #include "bench/CKVCulledInstanceCounter.h"
@@ -23,6 +24,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -44,7 +46,18 @@ struct Scene
     std::vector<CKVBenchPlacement> placements;
     double centre[3] = {0, 0, 0};
     double radius = 1.0;
+    // Where an eye-level walk goes round (occlusion scene); 0 for the orbit
+    // from above.
+    double eyeLevelDistance = 0.0;
+    double eyeZ = 0.0;
 };
+
+// Between the occlusion scene's walk and the shell's corners, so that the
+// facade in front fills much of the view.
+constexpr double kStandOff = 60.0;
+constexpr double kEyeHeight = 1.7;
+// The culling pass's small-feature threshold.
+constexpr double kSmallFeaturePixels = 2.0;
 
 Scene makeScene(CKVBenchOptions const& options)
 {
@@ -53,9 +66,25 @@ Scene makeScene(CKVBenchOptions const& options)
     scene.meshes = generator.meshes();
     scene.placements = generator.placements(options.objects);
     CKVBenchSceneGenerator::campusBounds(scene.placements, scene.centre, scene.radius);
-    if (options.scene == "occlusion")
-        CKVBenchOcclusionShell::enclose(scene.meshes, scene.placements);
+    if (options.scene == "occlusion") {
+        double low[3], high[3];
+        CKVBenchOcclusionShell::enclose(scene.meshes, scene.placements, low, high);
+        double corner = 0.0;
+        for (double x : {low[0], high[0]})
+            for (double y : {low[1], high[1]})
+                corner = std::max(corner, std::hypot(x - scene.centre[0], y - scene.centre[1]));
+        scene.eyeLevelDistance = corner + kStandOff;
+        scene.eyeZ = low[2] + kEyeHeight;
+    }
     return scene;
+}
+
+CKVCameraPath makePath(Scene const& scene, unsigned int framesPerTurn)
+{
+    CKVCameraPath path(scene.centre, scene.radius, framesPerTurn);
+    if (scene.eyeLevelDistance > 0.0)
+        path.setEyeLevel(scene.eyeLevelDistance, scene.eyeZ);
+    return path;
 }
 
 void aimCamera(CKVSceneBench& bench, CKVCameraPath const& path, unsigned int frame, CKVBenchOptions const& options)
@@ -102,7 +131,7 @@ bool CKVBenchRunner::runScene(CKVSceneBench& bench, CKVBenchOptions const& optio
         triangles += scene.meshes[placement.mesh].triangleCount();
     report.set("triangles", triangles);
 
-    CKVCameraPath const path(scene.centre, scene.radius, options.frames ? options.frames : 100);
+    CKVCameraPath const path = makePath(scene, options.turnFrames ? options.turnFrames : options.frames ? options.frames : 100);
     if (!prepare(bench, options, scene, path, report))
         return false;
     for (unsigned int i = 0; i < options.warmup; ++i) {
@@ -145,8 +174,18 @@ bool CKVBenchRunner::runScene(CKVSceneBench& bench, CKVBenchOptions const& optio
             statistics.add("cpu_ms", times.update + times.cull + times.draw);
     }
     report.set("frames", double(measured));
-    if (auto const* host = dynamic_cast<CKVHostSceneBench const*>(&bench))
+    auto const* host = dynamic_cast<CKVHostSceneBench const*>(&bench);
+    if (host)
         report.set("instances_drawn", CKVCulledInstanceCounter::count(*host->context(), host->geometries()));
+    bool const countVisible = options.countVisible && host;
+    if (countVisible) {
+        // The path turns fast (a turn in `frames`), and the pre-pass draws
+        // last frame's survivors; a second frame from the same place shows
+        // what culling leaves for a camera that stands or moves slowly.
+        aimCamera(bench, path, measured ? measured - 1 : 0, options);
+        bench.frame();
+        report.set("instances_drawn_still", CKVCulledInstanceCounter::count(*host->context(), host->geometries()));
+    }
     for (std::string const& name : statistics.seriesNames())
         report.set(name, statistics.median(name));
     if (measured) {
@@ -157,13 +196,33 @@ bool CKVBenchRunner::runScene(CKVSceneBench& bench, CKVBenchOptions const& optio
     report.set("rss_peak_bytes", double(CKVProcessMemory::peakResidentBytes()));
     bench.reportMemory(report);
     bench.close();
+    if (countVisible) {
+        // The camera of the last measured frame, whose culling the drawn
+        // count holds.
+        CKVBenchIdRender::Camera camera;
+        path.eyeAt(measured ? measured - 1 : 0, camera.eye);
+        path.target(camera.target);
+        camera.fovDegrees = CKVCameraPath::kFieldOfViewDegrees;
+        camera.zNear = path.nearPlane();
+        camera.zFar = path.farPlane();
+        std::vector<bool> const visible =
+            CKVBenchIdRender::visiblePlacements(scene.meshes, scene.placements, camera, options.width, options.height);
+        report.set("instances_visible", visible.empty() ? -1.0 : double(std::count(visible.begin(), visible.end(), true)));
+        // Those the small-feature test may not remove.
+        std::vector<bool> const large = CKVBenchIdRender::largerThan(scene.meshes, scene.placements, camera, options.width,
+                                                                     options.height, kSmallFeaturePixels);
+        double visibleLarge = 0.0;
+        for (std::size_t i = 0; i < visible.size(); ++i)
+            visibleLarge += visible[i] && large[i];
+        report.set("instances_visible_over_2px", visible.empty() ? -1.0 : visibleLarge);
+    }
     return true;
 }
 
 bool CKVBenchRunner::runCommands(CKVHostSceneBench& bench, CKVBenchOptions const& options, CKVBenchReport& report)
 {
     Scene const scene = makeScene(options);
-    CKVCameraPath const path(scene.centre, scene.radius, 100);
+    CKVCameraPath const path = makePath(scene, 100);
     report.set("path", options.path);
     report.set("objects", double(scene.placements.size()));
     if (!prepare(bench, options, scene, path, report))
@@ -293,7 +352,7 @@ std::vector<long long> sortedPlacements(std::vector<long long> placements)
 bool CKVBenchRunner::runPicks(CKVSceneBench& bench, CKVBenchOptions const& options, CKVBenchReport& report)
 {
     Scene const scene = makeScene(options);
-    CKVCameraPath const path(scene.centre, scene.radius, 100);
+    CKVCameraPath const path = makePath(scene, 100);
     report.set("path", options.path);
     report.set("objects", double(scene.placements.size()));
     if (!prepare(bench, options, scene, path, report))

@@ -10,6 +10,10 @@ class CKVCameraPath
 public:
     CKVCameraPath(double const centre[3], double radius, unsigned int framesPerTurn);
 
+    // Walks round at eye height `eyeZ`, `horizontal` from the centre in
+    // plan, looking level at the centre's vertical line instead.
+    void setEyeLevel(double horizontal, double eyeZ);
+
     void eyeAt(unsigned int frame, double eye[3]) const;
     void target(double out[3]) const;
 
@@ -21,6 +25,9 @@ private:
     double mCentre[3];
     double mDistance;
     unsigned int mFramesPerTurn;
+    bool mEyeLevel = false;
+    double mHorizontal = 0.0;
+    double mEyeZ = 0.0;
 };
 
 } // namespace Kelvor

@@ -41,11 +41,14 @@ uniform int HiZTest;
 
 const float kSmallFeaturePixels = 2.0;
 const uint kRowCount = 4u;
-// Texels per axis read from the chain for one instance.
-const int kFootprint = 4;
+// Most texels read from the chain for one instance: at the level chosen,
+// the rectangle covers at most this many, whatever its shape, so that a
+// long thin rectangle (a slab or a roof seen edge on) is read at a level
+// where its few rows do not take in what lies above and below it.
+const int kTexelBudget = 64;
 
-// The farthest depth over the texels [a, b] of level L (at most four by
-// four).
+// The farthest depth over the texels [a, b] of level L (at most
+// kTexelBudget of them).
 #define KV_FARTHEST_AT(L)                                                   \
     case L:                                                                 \
     {                                                                       \
@@ -60,17 +63,21 @@ const int kFootprint = 4;
 
 // The farthest depth of the chain over the pixels [low, high] (inclusive,
 // already clamped to the window), read at the first level at which the
-// rectangle spans at most kFootprint texels on each axis: the finer the
-// level, the less of the surroundings (background at the silhouette of an
-// occluder) the test takes in with the rectangle.
+// rectangle covers at most kTexelBudget texels: the finer the level, the
+// less of the surroundings (background at the silhouette of an occluder)
+// the test takes in with the rectangle.
 float farthestDepth(ivec2 low, ivec2 high)
 {
     // The chain goes down to one texel: floor(log2(longer side)) levels
     // above level 0.
     int top = findMSB(int(max(ScreenSize.x, ScreenSize.y)));
     int level = 0;
-    while (level < top && any(greaterThan((high >> level) - (low >> level), ivec2(kFootprint - 1))))
+    ivec2 span = high - low + 1;
+    while (level < top && span.x * span.y > kTexelBudget)
+    {
         ++level;
+        span = (high >> level) - (low >> level) + 1;
+    }
     // Every fetch names its level as a constant: a level computed per
     // invocation is not honoured by every driver (llvmpipe's compute stage
     // reads the wrong level).

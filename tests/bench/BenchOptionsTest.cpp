@@ -25,7 +25,7 @@ TEST(BenchOptionsTest, ReadsEveryOptionAndRefusesWhatItDoesNotKnow)
     CKVBenchOptions options;
     std::string error;
     ASSERT_TRUE(parse({"--path=stock", "--objects=100000", "--frames=7", "--width=64", "--height=36", "--shadows=2",
-                       "--ssao=3", "--callgrind", "--culling=1", "--scene=occlusion"},
+                       "--ssao=3", "--callgrind", "--culling=1", "--scene=occlusion", "--visible=1", "--turn=400"},
                       options, error))
         << error;
     EXPECT_EQ(options.path, "stock");
@@ -37,10 +37,12 @@ TEST(BenchOptionsTest, ReadsEveryOptionAndRefusesWhatItDoesNotKnow)
     EXPECT_TRUE(options.callgrind);
     EXPECT_EQ(options.culling, 1);
     EXPECT_EQ(options.scene, "occlusion");
+    EXPECT_TRUE(options.countVisible);
+    EXPECT_EQ(options.turnFrames, 400u);
 
     for (std::vector<char const*> bad : {std::vector<char const*>{"--path=gpu"}, {"--objects=12k"}, {"--objects="},
                                          {"--frame=3"}, {"objects=3"}, {"--width=0"}, {"--shadows=4"}, {"--ssao=4"},
-                                         {"--culling=3"}, {"--scene=city"}}) {
+                                         {"--culling=3"}, {"--scene=city"}, {"--visible=2"}}) {
         CKVBenchOptions refused;
         EXPECT_FALSE(parse(bad, refused, error)) << bad[0];
         EXPECT_FALSE(error.empty());

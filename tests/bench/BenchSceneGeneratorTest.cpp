@@ -1,7 +1,9 @@
+#include "bench/CKVBenchOcclusionShell.h"
 #include "bench/CKVBenchSceneGenerator.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <tuple>
@@ -98,4 +100,43 @@ TEST(BenchSceneGeneratorTest, NoTwoObjectsShareAPlacementAndTheCameraSeesThemAll
                                    (p.z - centre[2]) * (p.z - centre[2]));
         ASSERT_LE(d, radius);
     }
+}
+
+// The occlusion scene hides the campus only if its panels close every wall
+// and the roof with no gap and every element stays inside.
+TEST(BenchSceneGeneratorTest, OcclusionShellPanelsCloseTheWallsAroundTheWholeCampus)
+{
+    std::vector<CKVBenchMesh> meshes = CKVBenchSceneGenerator(3, 32).meshes();
+    std::vector<CKVBenchPlacement> placements = CKVBenchSceneGenerator(3, 32).placements(4000);
+    std::size_t const campusMeshes = meshes.size(), campus = placements.size();
+    double low[3], high[3];
+    CKVBenchOcclusionShell::enclose(meshes, placements, low, high);
+    double const t = CKVBenchOcclusionShell::kThickness;
+    for (std::size_t i = 0; i < campus; ++i) {
+        CKVBenchPlacement const& p = placements[i];
+        CKVBenchMesh const& mesh = meshes[p.mesh];
+        for (unsigned int v = 0; v < mesh.vertexCount(); ++v) {
+            // A quarter turn about z keeps the reach within the larger of x and y.
+            double const reach = std::max(std::abs(mesh.positions[3 * v]), std::abs(mesh.positions[3 * v + 1]));
+            ASSERT_TRUE(p.x - reach > low[0] + t && p.x + reach < high[0] - t && p.y - reach > low[1] + t &&
+                        p.y + reach < high[1] - t && p.z + mesh.positions[3 * v + 2] < high[2] - t);
+        }
+    }
+
+    // The panels of each face (long walls, short walls, roof) add up to it.
+    double area[3] = {0, 0, 0};
+    int const spans[3][2] = {{0, 2}, {1, 2}, {0, 1}};
+    for (std::size_t i = campus; i < placements.size(); ++i) {
+        unsigned int const face = placements[i].mesh - unsigned(campusMeshes);
+        CKVBenchMesh const& mesh = meshes[placements[i].mesh];
+        double size[3] = {0, 0, 0};
+        for (unsigned int v = 0; v < mesh.vertexCount(); ++v)
+            for (int a = 0; a < 3; ++a)
+                size[a] = std::max(size[a], double(mesh.positions[3 * v + a]));
+        area[face] += size[spans[face][0]] * size[spans[face][1]];
+    }
+    double const inner[3] = {high[0] - low[0] - 2 * t, high[1] - low[1] - 2 * t, high[2] - low[2] - t};
+    EXPECT_NEAR(area[0], 2 * inner[0] * inner[2], 1e-3 * area[0]);
+    EXPECT_NEAR(area[1], 2 * inner[1] * inner[2], 1e-3 * area[1]);
+    EXPECT_NEAR(area[2], inner[0] * inner[1], 1e-3 * area[2]);
 }

@@ -15,6 +15,12 @@
 #include "scene/CKVOSGGeometry.h"
 #include "support/ImageCompare.h"
 
+#include "TarnwickGeometry/CKVLineSeg.h"
+#include "TarnwickRender/CKVRCAreaSelectObject.h"
+#include "TarnwickRender/CKVRCLineSegmentIntersection.h"
+#include "TarnwickRender/CKVRCPickSelectObject.h"
+#include "TarnwickRender/CKVSelectionResult.h"
+
 #include <osg/GLExtensions>
 #include <osg/Transform>
 #include <osg/PrimitiveSetIndirect>
@@ -32,7 +38,7 @@ constexpr unsigned int kGridSide = 100;
 constexpr float kGridSpacing = 0.2f;
 constexpr float kBoxHalf = 0.08f;
 constexpr float kSmallFeaturePixels = 2.0f;
-constexpr int kFootprint = 4;
+constexpr int kTexelBudget = 64;
 
 enum Outcome
 {
@@ -106,8 +112,8 @@ Outcome cullReference(osg::Matrixf const& toClip, osg::Vec3f const& centre, osg:
     }
     int const top = static_cast<int>(chain->levels.size()) - 1;
     int level = 0;
-    while (level < top && ((end[0] >> level) - (first[0] >> level) > kFootprint - 1 ||
-                           (end[1] >> level) - (first[1] >> level) > kFootprint - 1))
+    auto texels = [&](int l) { return ((end[0] >> l) - (first[0] >> l) + 1) * ((end[1] >> l) - (first[1] >> l) + 1); };
+    while (level < top && texels(level) > kTexelBudget)
         ++level;
     osg::Vec2i const size = chain->sizes[level];
     float farthest = 0.0f;
@@ -118,9 +124,10 @@ Outcome cullReference(osg::Matrixf const& toClip, osg::Vec3f const& centre, osg:
 }
 
 // An instance of the shape before it, at (x, y, z).
-kv_shared_ptr<CKVLogicBufferGeometry> placed(double x, double y, double z)
+kv_shared_ptr<CKVLogicBufferGeometry> placed(double x, double y, double z, CKVDrawable* drawable = nullptr)
 {
-    kv_shared_ptr<CKVLogicBufferGeometry> instance(new CKVLogicBufferGeometry);
+    kv_shared_ptr<CKVLogicBufferGeometry> instance(drawable ? new CKVLogicBufferGeometry(drawable)
+                                                            : new CKVLogicBufferGeometry);
     instance->setInstanceMatrix(CKVMatrix3D::translation(CKVVector3D(x, y, z)));
     return instance;
 }
@@ -163,17 +170,27 @@ protected:
         return addNode(material.get(), shapes, at, param);
     }
 
-    // Boxes on the ground, `side` by `side`, centred on the origin.
-    CKVOSGGeometry* addGrid(unsigned int side, osg::Vec4ub const& colour, CKVPoint3D const& at = CKVPoint3D(0, 0, 0))
+    // Boxes on the ground, `side` by `side`, centred on the origin; instance
+    // i the drawable of id i + 1 when `identified`.
+    CKVOSGGeometry* addGrid(unsigned int side, osg::Vec4ub const& colour, CKVPoint3D const& at = CKVPoint3D(0, 0, 0),
+                            bool identified = false)
     {
         std::vector<kv_shared_ptr<CKVLogicBufferGeometry>> shapes{SceneShapes::boxShape(kBoxHalf, kBoxHalf, kBoxHalf)};
-        float const origin = -0.5f * kGridSpacing * (side - 1);
         for (unsigned int i = 0; i < side * side; ++i)
         {
-            shapes.push_back(placed(origin + kGridSpacing * (i % side), origin + kGridSpacing * (i / side), kBoxHalf));
+            if (identified)
+                mDrawables.push_back(new CKVDrawable(i + 1));
+            osg::Vec3f const centre = gridCentre(side, i);
+            shapes.push_back(placed(centre.x(), centre.y(), centre.z(), identified ? mDrawables.back().get() : nullptr));
         }
         addColoured(shapes, colour, at);
         return lastGeometry();
+    }
+
+    static osg::Vec3f gridCentre(unsigned int side, unsigned int i)
+    {
+        float const origin = -0.5f * kGridSpacing * (side - 1);
+        return osg::Vec3f(origin + kGridSpacing * (i % side), origin + kGridSpacing * (i / side), kBoxHalf);
     }
 
     void addWall(osg::Vec4ub const& colour)
@@ -263,7 +280,9 @@ protected:
 
     // Outcomes of the CPU reference for every instance of `geometry`, with
     // the matrices the last frame culled with.
-    std::vector<unsigned int> reference(CKVOSGGeometry& geometry, DepthChain const* chain)
+    std::vector<unsigned int> reference(CKVOSGGeometry& geometry, DepthChain const* chain,
+                                        osg::Vec2f const& screen = osg::Vec2f(kPictureWidth, kPictureHeight),
+                                        std::vector<Outcome>* each = nullptr)
     {
         CKVOSGCamera* camera = mContext->getMainCamera();
         // The node's own matrix as well: the program reads it from the block.
@@ -274,12 +293,34 @@ protected:
         geometry.getInstanceMatrices(instances);
         std::vector<unsigned int> outcomes(kOutcomeCount, 0);
         for (osg::Matrixd const& instance : instances)
-            ++outcomes[cullReference(osg::Matrixf(instance) * viewProjection, box.center(),
-                                     (box._max - box._min) * 0.5f, osg::Vec2f(kPictureWidth, kPictureHeight), chain)];
+        {
+            Outcome const outcome =
+                cullReference(osg::Matrixf(instance) * viewProjection, box.center(), (box._max - box._min) * 0.5f, screen, chain);
+            ++outcomes[outcome];
+            if (each)
+                each->push_back(outcome);
+        }
         return outcomes;
     }
 
+    // Where a world point lies in the window, y counted from the top as
+    // the pick commands count it.
+    CKVPoint3D pickPixel(osg::Vec3f const& world)
+    {
+        CKVOSGCamera* camera = mContext->getMainCamera();
+        osg::Vec3d const window = osg::Vec3d(world) * camera->getViewMatrix() * camera->getCullProjection() *
+                                  camera->getViewport()->computeWindowMatrix();
+        return CKVPoint3D(window.x(), camera->getViewport()->height() - window.y(), 0.0);
+    }
+
+    // The instance of the grid a result names, or -1.
+    static long instanceOf(CKVSelectionResult const* result)
+    {
+        return result && result->getDrawable() ? long(result->getDrawable()->getId()) - 1 : -1;
+    }
+
     std::vector<kv_shared_ptr<CKVBasicMaterial>> mMaterials;
+    std::vector<kv_shared_ptr<CKVDrawable>> mDrawables;
 };
 
 osg::Vec4ub const kGridColour(200, 120, 60, 255);
@@ -401,6 +442,96 @@ TEST_F(HiZCullingGLTest, TransparentNodesNeitherOccludeNorAreCulled)
     EXPECT_NEAR(double(drawn), double(reference(*grid, &chain)[kKept]), 3.0);
     ASSERT_EQ(reference(*glassRow, &chain)[kHidden], 5u) << "the screen must hide the transparent row";
     EXPECT_EQ(drawnInstances(*glassRow), 5u);
+}
+
+// Picking reads the host's rows, not what the GPU kept: specks culled as
+// too small are still found under their pixel and by a world segment
+// slanting down to them, and a rectangle over the wall still selects the
+// boxes hidden behind it. (Queries answer only with parts that carry a host
+// drawable.)
+TEST_F(HiZCullingGLTest, PickAndAreaSelectionFindInstancesThatCullingRemoved)
+{
+    CKVOSGGeometry* grid = addGrid(kGridSide, kGridColour, CKVPoint3D(0, 0, 0), true);
+    kv_shared_ptr<CKVDrawable> const wall = new CKVDrawable(0);
+    addColoured({SceneShapes::boxShape(2.0f, 0.1f, 2.0f), placed(0.0, -5.0, 2.0, wall.get())}, kWallColour);
+    // Two specks in the open, beside the wall and above the grid.
+    osg::Vec3f const specks[2] = {{4.0f, 2.0f, 1.0f}, {-4.0f, 2.0f, 1.0f}};
+    kv_shared_ptr<CKVDrawable> const speckIds[2] = {new CKVDrawable(0), new CKVDrawable(0)};
+    addColoured({SceneShapes::boxShape(0.02f, 0.02f, 0.02f), placed(specks[0].x(), specks[0].y(), specks[0].z(), speckIds[0].get()),
+                 placed(specks[1].x(), specks[1].y(), specks[1].z(), speckIds[1].get())},
+                kGridColour);
+    CKVOSGGeometry* speckGeometry = lastGeometry();
+    frames();
+    unsigned int drawn = 0;
+    DepthChain const chain = readChain(grid, &drawn);
+    std::vector<Outcome> each;
+    std::vector<unsigned int> const outcomes =
+        reference(*grid, &chain, osg::Vec2f(kPictureWidth, kPictureHeight), &each);
+    ASSERT_NEAR(double(drawn), double(outcomes[kKept]), 3.0);
+    ASSERT_EQ(drawnInstances(*speckGeometry), 0u) << "both specks culled this frame";
+
+    kv_shared_ptr<CKVRCPickSelectObject> point = new CKVRCPickSelectObject(pickPixel(specks[0]));
+    // The wall's middle, where only hidden boxes lie behind it.
+    CKVPoint3D const wallLow = pickPixel(osg::Vec3f(-0.5f, -5.1f, 0.5f));
+    CKVPoint3D const wallHigh = pickPixel(osg::Vec3f(0.5f, -5.1f, 1.5f));
+    kv_shared_ptr<CKVRCAreaSelectObject> area = new CKVRCAreaSelectObject(wallLow, wallHigh, 1000);
+    // From the eye, one segment into the wall and one past it to a speck.
+    CKVPoint3D const eye(0.0, -16.0, 4.0);
+    kv_shared_ptr<CKVRCLineSegmentIntersection> intoWall =
+        new CKVRCLineSegmentIntersection(CKVLineSeg(eye, CKVPoint3D(0.0, 0.0, 0.0)));
+    osg::Vec3f const beyond = specks[1] + (specks[1] - osg::Vec3f(0.0f, -16.0f, 4.0f)) * 0.1f;
+    kv_shared_ptr<CKVRCLineSegmentIntersection> toSpeck =
+        new CKVRCLineSegmentIntersection(CKVLineSeg(eye, CKVPoint3D(beyond.x(), beyond.y(), beyond.z())));
+    for (CKVRenderCommand* query :
+         std::initializer_list<CKVRenderCommand*>{point.get(), area.get(), intoWall.get(), toSpeck.get()})
+        send(query);
+
+    ASSERT_NE(point->getSelection(), nullptr);
+    EXPECT_EQ(point->getSelection()->getDrawable(), speckIds[0].get());
+    ASSERT_NE(toSpeck->getSelection(), nullptr);
+    EXPECT_EQ(toSpeck->getSelection()->getDrawable(), speckIds[1].get());
+    ASSERT_NE(intoWall->getSelection(), nullptr);
+    EXPECT_EQ(intoWall->getSelection()->getDrawable(), wall.get());
+    EXPECT_NEAR(intoWall->getSelection()->getPosition().y, -5.1, 1e-4) << "on the wall's front face";
+    unsigned int hiddenSelected = 0;
+    for (unsigned int i = 0; i < area->getResultCount(); ++i)
+    {
+        long const instance = instanceOf(area->getResult(i));
+        hiddenSelected += instance >= 0 && each[std::size_t(instance)] == kHidden;
+    }
+    EXPECT_GT(hiddenSelected, 0u) << area->getResultCount() << " results";
+}
+
+// The chain follows the window's size: after a shrink, a zero size (a
+// minimised window) and a return to full size, the counts still match the
+// reference run at the new size.
+TEST_F(HiZCullingGLTest, ResizingKeepsTheChainMatchedToTheWindow)
+{
+    CKVOSGGeometry* grid = addGrid(kGridSide, kGridColour);
+    addWall(kWallColour);
+    frames();
+    struct Size
+    {
+        int width, height;
+    };
+    for (Size const size : {Size{160, 120}, Size{0, 0}, Size{int(kPictureWidth), int(kPictureHeight)}})
+    {
+        bool resized = false;
+        ASSERT_TRUE(tickWith([&](CKVRenderContext* context) { return context->setViewPort(size.width, size.height); },
+                             &resized));
+        ASSERT_TRUE(resized);
+        frames();
+        if (size.width == 0)
+            continue;
+        unsigned int drawn = 0;
+        DepthChain const chain = readChain(grid, &drawn);
+        ASSERT_FALSE(chain.levels.empty());
+        EXPECT_EQ(chain.sizes[0], osg::Vec2i(size.width, size.height));
+        std::vector<unsigned int> const outcomes =
+            reference(*grid, &chain, osg::Vec2f(float(size.width), float(size.height)));
+        EXPECT_GT(outcomes[kHidden], 100u) << size.width;
+        EXPECT_NEAR(double(drawn), double(outcomes[kKept]), 3.0) << size.width;
+    }
 }
 
 } // namespace Kelvor
