@@ -85,6 +85,22 @@ bool CKVVertexBufferAttributeImp::updateData(unsigned int offset, float const* d
     return true;
 }
 
+float* CKVVertexBufferAttributeImp::resizeData(unsigned int count)
+{
+    unsigned int const n = getNumElementPerAttribute();
+    if (!mArray.valid() || n == 0)
+        return nullptr;
+    count -= count % n;
+    if (count == 0)
+        return nullptr;
+    if (getDataSize() != count)
+        mArray->resizeArray(count / n);
+    // Marked before the caller writes: the upload happens at the next draw,
+    // after the writes, on the thread that packs.
+    mArray->dirty();
+    return floats();
+}
+
 void* CKVVertexBufferAttributeImp::getData()
 {
     if (!mArray.valid() || mArray->getNumElements() == 0)

@@ -22,6 +22,7 @@ public:
 
     bool setData(float const* data, unsigned int count) override;
     bool updateData(unsigned int offset, float const* data, unsigned int count) override;
+    float* resizeData(unsigned int count) override;
     void* getData() override;
     unsigned int getDataSize() const override;
 

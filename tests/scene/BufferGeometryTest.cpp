@@ -54,9 +54,20 @@ TEST(BufferGeometryAttributeTest, SetDataKeepsWholeElementsAndMarksTheArrayDirty
     ASSERT_TRUE(vertex.setData(data + 3, 3));
     EXPECT_EQ(floatsOf(vertex), std::vector<float>(data + 3, data + 6));
 
+    // Sized in place: whole elements, kept floats kept, new ones zero, and
+    // the array marked for upload again.
+    unsigned int const beforeResize = vertex.getOSGArray()->getModifiedCount();
+    float* grown = vertex.resizeData(7);
+    ASSERT_EQ(grown, vertex.getData());
+    EXPECT_EQ(floatsOf(vertex), (std::vector<float>{4, 5, 6, 0, 0, 0}));
+    EXPECT_NE(vertex.getOSGArray()->getModifiedCount(), beforeResize);
+    EXPECT_EQ(vertex.resizeData(2), nullptr) << "less than one element";
+    EXPECT_EQ(vertex.getDataSize(), 6u);
+
     // A name without an element size has no array and refuses everything.
     CKVVertexBufferAttributeImp unknown(CKVVertexBufferAttribute::kNameCount);
     EXPECT_FALSE(unknown.setData(data, 4));
+    EXPECT_EQ(unknown.resizeData(4), nullptr);
     EXPECT_EQ(unknown.getData(), nullptr);
 }
 

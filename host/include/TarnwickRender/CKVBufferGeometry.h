@@ -85,7 +85,9 @@ protected:
     virtual CKVVertexIndex* createVertexIndex(unsigned int mode) const;
 
 private:
-    bool packInstances(std::vector<CKVLogicBufferGeometry*> const& instances);
+    // Keeps `instances` as the packing's table of instances by index,
+    // leaving the caller's vector with whatever the table held before.
+    bool packInstances(std::vector<CKVLogicBufferGeometry*>& instances);
     bool packParts(std::vector<CKVLogicBufferGeometry*> const& parts);
     CKVVertexBufferAttribute* ensureAttribute(CKVVertexBufferAttribute::Name name);
 

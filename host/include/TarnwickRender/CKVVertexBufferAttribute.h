@@ -44,6 +44,12 @@ public:
     // Overwrites `count` floats from float `offset`. False, with nothing
     // changed, on null input or a range past the end.
     virtual bool updateData(unsigned int offset, float const* data, unsigned int count);
+    // Sizes the content to `count` floats, rounded down to whole elements,
+    // and hands back where to write them, so that a caller filling a large
+    // buffer writes it in place instead of through a copy of its own. Kept
+    // floats keep their values, new ones are zero; the content counts as
+    // changed. Null, with nothing changed, for no whole element.
+    virtual float* resizeData(unsigned int count);
     // The floats, or null when empty.
     virtual void* getData();
     virtual unsigned int getDataSize() const;

@@ -266,6 +266,7 @@ bool CKVBufferGeometry::updatePhysicalBuffer()
 
         std::vector<CKVLogicBufferGeometry*> instances;
         std::vector<CKVLogicBufferGeometry*> parts;
+        instances.reserve(mLogicBuffers.size());
         for (kv_shared_ptr<CKVLogicBufferGeometry>& buffer : mLogicBuffers)
             (buffer->isInstance() ? instances : parts).push_back(buffer.get());
 
@@ -283,8 +284,9 @@ bool CKVBufferGeometry::updatePhysicalBuffer()
             }
         }
         if (!instances.empty() || mPackedInstances) {
+            bool const any = !instances.empty(); // packing takes the list
             if (packInstances(instances)) {
-                mPackedInstances = !instances.empty();
+                mPackedInstances = any;
                 packed = true;
             } else {
                 ok = false;
@@ -299,34 +301,35 @@ bool CKVBufferGeometry::updatePhysicalBuffer()
     return packed;
 }
 
-bool CKVBufferGeometry::packInstances(std::vector<CKVLogicBufferGeometry*> const& instances)
+bool CKVBufferGeometry::packInstances(std::vector<CKVLogicBufferGeometry*>& instances)
 {
     unsigned int const count = static_cast<unsigned int>(instances.size());
     if (count == 0) {
         for (Name name : kRowNames)
             mAttributes[name] = nullptr;
     } else {
-        std::vector<float> rows[4];
-        for (std::vector<float>& row : rows)
-            row.reserve(4 * count);
+        // The rows are written straight into the attributes, sized once:
+        // at a million instances a staging copy would be 64 MB more to
+        // write, hold and read again.
+        float* rows[4];
+        for (int r = 0; r < 4; ++r) {
+            CKVVertexBufferAttribute* attribute = ensureAttribute(kRowNames[r]);
+            rows[r] = attribute ? attribute->resizeData(4 * count) : nullptr;
+            if (!rows[r])
+                return false;
+        }
         for (CKVLogicBufferGeometry* instance : instances) {
             CKVMatrix3D const& m = instance->getInstanceMatrix();
             for (int r = 0; r < 4; ++r) {
                 for (int c = 0; c < 4; ++c)
-                    rows[r].push_back(static_cast<float>(m(c, r)));
+                    *rows[r]++ = static_cast<float>(m(c, r));
             }
         }
-        for (int r = 0; r < 4; ++r) {
-            if (!ensureAttribute(kRowNames[r]))
-                return false;
-        }
-        for (int r = 0; r < 4; ++r)
-            mAttributes[kRowNames[r]]->setData(rows[r].data(), static_cast<unsigned int>(rows[r].size()));
     }
 
     for (unsigned int i = 0; i < count; ++i)
         instances[i]->placeInstance(i);
-    mInstancesByIndex = instances;
+    mInstancesByIndex.swap(instances);
     if (mIndex) {
         mIndex->setNumInstance(count);
         mIndex->updateDrawRange();

@@ -54,6 +54,18 @@ bool CKVVertexBufferAttribute::updateData(unsigned int offset, float const* data
     return true;
 }
 
+float* CKVVertexBufferAttribute::resizeData(unsigned int count)
+{
+    unsigned int const n = getNumElementPerAttribute();
+    if (n == 0)
+        return nullptr;
+    count -= count % n;
+    if (count == 0)
+        return nullptr;
+    mData.resize(count);
+    return mData.data();
+}
+
 void* CKVVertexBufferAttribute::getData()
 {
     return mData.empty() ? nullptr : mData.data();
