@@ -170,8 +170,13 @@ void CKVAtmosphereSky::setTerrainTexture(osg::Texture2DArray* texture)
         bindSampler(*sky, texture, kTerrainUniform, kTerrainUnit);
     else if (mBindless)
         sky->removeUniform(kTerrainUniform);
-    else
+    else {
+        // The sampler keeps its unit without a texture: left at unit 0 it
+        // would share the transmittance table's unit with a sampler of
+        // another type, and every draw of the sky would fail.
         sky->removeTextureAttribute(kTerrainUnit, osg::StateAttribute::TEXTURE);
+        sky->addUniform(new osg::Uniform(kTerrainUniform, static_cast<int>(kTerrainUnit)));
+    }
     mUpdateScattering = true;
 }
 

@@ -206,8 +206,11 @@ TEST_F(AtmosphereSkyGLTest, PassesTakeTheirTexturesThroughUnitsOrHandlesAsTheDri
                      : cube->getTextureAttribute(Sky::kTerrainUnit, osg::StateAttribute::TEXTURE);
         EXPECT_EQ(shownGround, ground.get());
 
+        // Without a ground the unit path keeps the sampler on its own unit:
+        // at unit 0 it would clash with the transmittance table's sampler.
         sky->setTerrainTexture(nullptr);
         EXPECT_EQ(cube->getTextureAttribute(Sky::kTerrainUnit, osg::StateAttribute::TEXTURE), nullptr);
+        EXPECT_EQ(cube->getUniform("terrainTextureArray") != nullptr, !bindless);
     }
 }
 
