@@ -17,6 +17,7 @@ void CKVAtmosphereSetup::create(CKVPostProcessNode* root, osg::UniformBufferBind
     if (mNode.valid() || !root)
         return;
     mNode = new CKVAtmosphericScatttering(lightBinding, root, mainCamera);
+    root->setAtmosphere(mNode.get());
     root->addChild(mNode.get());
     applier.setAtmosphere(mNode->getSky());
 }

@@ -13,7 +13,8 @@ class CKVPostProcessNode;
 class CKVRenderConfigApplier;
 
 // The render context's atmosphere: made once with the context, a child of
-// the root, and handed to the render configuration, which switches it and
+// the root (which also holds it for the materials that sample its sky),
+// and handed to the render configuration, which switches it and
 // tells it of light changes and of the atmosphere background.
 class CKVAtmosphereSetup
 {

@@ -11,6 +11,7 @@
 #include "effects/CKVShadowGenerator.h"
 #include "effects/CKVSilhouetteGenerator.h"
 #include "environment/CBGGeode.h"
+#include "environment/CKVAtmosphericScatttering.h"
 #include "programs/CKVProgramManager.h"
 #include "scene/CKVOSGTransformNode.h"
 #include "scene/CKVSceneNodeImp.h"
@@ -304,6 +305,11 @@ void CKVPostProcessNode::setSSAOGenerator(CKVSSAOGenerator* generator)
     // Right after the shadows when they are there, else first.
     unsigned int const index = mShadow.valid() ? getChildIndex(mShadow.get()) + 1 : 0;
     insertChild(std::min(index, getNumChildren()), mSSAO.get());
+}
+
+void CKVPostProcessNode::setAtmosphere(CKVAtmosphericScatttering* atmosphere)
+{
+    mAtmosphere = atmosphere;
 }
 
 void CKVPostProcessNode::setHiZGenerator(CKVHiZGenerator* generator)

@@ -25,6 +25,7 @@ class CullVisitor;
 namespace Kelvor {
 
 class CBGGeode;
+class CKVAtmosphericScatttering;
 class CKVDOFGenerator;
 class CKVDrawBufferSelect;
 class CKVFinalPass;
@@ -125,6 +126,12 @@ public:
     void setHiZGenerator(CKVHiZGenerator* generator);
     CKVHiZGenerator* getHiZGenerator() const { return mHiZ.get(); }
 
+    // The context's atmosphere, held here so that whatever samples its sky
+    // (the water and terrain materials) finds it through the root. The
+    // context adds it as a child itself.
+    void setAtmosphere(CKVAtmosphericScatttering* atmosphere);
+    CKVAtmosphericScatttering* getAtmosphere() const { return mAtmosphere.get(); }
+
     // Points each effect at its input and the final pass at the last result.
     void relinkChain();
     // Writes this node's defines that the final pass listens to into its
@@ -218,6 +225,7 @@ private:
     osg::ref_ptr<CKVShadowGenerator> mShadow;
     osg::ref_ptr<CKVSSAOGenerator> mSSAO;
     osg::ref_ptr<CKVHiZGenerator> mHiZ;
+    osg::ref_ptr<CKVAtmosphericScatttering> mAtmosphere;
     std::vector<kv_shared_ptr<CKVSceneNode>> mSceneNodes;
     osg::ref_ptr<osg::Group> mGISGroup;
     osg::ref_ptr<CKVGISCamera> mGISCamera;

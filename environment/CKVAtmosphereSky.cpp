@@ -6,8 +6,14 @@
 #include "environment/CKVSunColourPass.h"
 #include "environment/IBLGeometry.h"
 #include "programs/CKVProgramManager.h"
+#include "programs/CKVRenderStateManager.h"
+#include "scene/CKVOSGBindlessTexture.h"
+#include "scene/KVBindlessHandleUniform.h"
 
+#include <osg/BufferObject>
 #include <osgUtil/CullVisitor>
+
+#include <algorithm>
 
 namespace Kelvor {
 
@@ -15,19 +21,32 @@ namespace {
 
 char const* const kAtmosphereDefine = "_USE_ATMOSPHERE";
 char const* const kSunColourUniform = "scatteringTexture";
-// The passes read the tables, the star noise and the ground layers through
-// texture units on every driver; the handle block is not filled here.
 char const* const kTextureUnitsDefine = "_USE_NOT_BINDLESS_TEXTURE";
+char const* const kStarNoiseUniform = "starNoise";
+char const* const kTerrainUniform = "terrainTextureArray";
+// Transmittance, irradiance and scattering handles, in the block's order.
+constexpr unsigned int kTableHandles = 3;
+
+osg::ref_ptr<osg::UniformBufferBinding> createAtmosphereBinding()
+{
+    osg::ref_ptr<osg::UInt64Array> handles = new osg::UInt64Array(kTableHandles);
+    std::fill(handles->begin(), handles->end(), 0u);
+    handles->setBufferObject(new osg::UniformBufferObject);
+    return new osg::UniformBufferBinding(CKVAtmosphereSky::kAtmosphereBlockBinding, handles.get(), 0,
+                                         static_cast<GLsizeiptr>(kTableHandles * sizeof(GLuint64)));
+}
 
 } // namespace
 
 CKVAtmosphereSky::CKVAtmosphereSky(osg::UniformBufferBinding* lightBinding, osg::Camera* sceneCamera,
                                    Tables const& tables)
     : mSceneCamera(sceneCamera)
+    , mBindless(CKVRenderStateManager::instance().isBindlessTexture())
     , mEnvironmentMap(createCubeMap(kEnvironmentSize))
     , mTerrainHeight(new osg::Uniform("terrainHeight", 0.0f))
     , mScatteringTexture(CKVSunColourPass::createTarget())
     , mLightBinding(lightBinding)
+    , mAtmosphereBinding(mBindless ? createAtmosphereBinding() : nullptr)
     // The light maps get their size, and so their storage, only when a
     // physically based material first needs them.
     , mIrradianceMap(createCubeMap(0))
@@ -39,7 +58,6 @@ CKVAtmosphereSky::CKVAtmosphereSky(osg::UniformBufferBinding* lightBinding, osg:
     mScatteringPass = CKVSunColourPass::create(*this, mScatteringGeode.get(), mScatteringTexture.get());
     osg::StateSet* scattering = mScatteringPass->getStateSet();
     bindTables(*scattering, tables);
-    scattering->setDefine(kTextureUnitsDefine);
     if (mLightBinding.valid())
         scattering->setAttribute(mLightBinding.get());
     addPass(mScatteringPass.get());
@@ -48,10 +66,7 @@ CKVAtmosphereSky::CKVAtmosphereSky(osg::UniformBufferBinding* lightBinding, osg:
     mSkyPass = CKVSkyCubePass::create(*this, mSkyGeode.get(), mIBLGeometry.get());
     osg::StateSet* sky = mSkyPass->getStateSet();
     bindTables(*sky, tables);
-    sky->setDefine(kTextureUnitsDefine);
-    sky->setTextureAttribute(kStarNoiseUnit, mStarNoise.get());
-    sky->addUniform(new osg::Uniform("starNoise", static_cast<int>(kStarNoiseUnit)));
-    sky->addUniform(new osg::Uniform("terrainTextureArray", static_cast<int>(kTerrainUnit)));
+    bindSampler(*sky, mStarNoise.get(), kStarNoiseUniform, kStarNoiseUnit);
     setTerrainTexture(CKVSkyResources::loadTerrainLayers().get());
     sky->addUniform(mTerrainHeight.get());
     if (mLightBinding.valid())
@@ -85,6 +100,18 @@ osg::ref_ptr<osg::TextureCubeMap> CKVAtmosphereSky::createCubeMap(int size)
 
 void CKVAtmosphereSky::bindTables(osg::StateSet& stateSet, Tables const& tables) const
 {
+    if (mBindless) {
+        // One block serves both passes; whichever is drawn first makes the
+        // handles.
+        stateSet.setAttribute(mAtmosphereBinding.get());
+        CKVOSGBindlessTexture::TextureArrayEntry entry;
+        entry.textures = {tables.transmittance, tables.irradiance, tables.scattering};
+        entry.handles = dynamic_cast<osg::UInt64Array*>(mAtmosphereBinding->getBufferData());
+        entry.blockIndex = static_cast<int>(kAtmosphereBlockBinding);
+        getOrCreateBindlessTexture(&stateSet)->addTextureArray(entry);
+        return;
+    }
+    stateSet.setDefine(kTextureUnitsDefine);
     struct Binding
     {
         osg::Texture* texture;
@@ -99,6 +126,19 @@ void CKVAtmosphereSky::bindTables(osg::StateSet& stateSet, Tables const& tables)
             stateSet.setTextureAttribute(binding.unit, binding.texture);
         stateSet.addUniform(new osg::Uniform(binding.name, static_cast<int>(binding.unit)));
     }
+}
+
+void CKVAtmosphereSky::bindSampler(osg::StateSet& stateSet, osg::Texture* texture, char const* name,
+                                   unsigned int unit) const
+{
+    if (mBindless) {
+        osg::ref_ptr<KVBindlessHandleUniform> handle = new KVBindlessHandleUniform(name, 0, true);
+        stateSet.addUniform(handle.get());
+        getOrCreateBindlessTexture(&stateSet)->addTexture({texture, handle});
+        return;
+    }
+    stateSet.setTextureAttribute(unit, texture);
+    stateSet.addUniform(new osg::Uniform(name, static_cast<int>(unit)));
 }
 
 void CKVAtmosphereSky::setAtmosphereEnabled(bool enabled)
@@ -127,9 +167,16 @@ void CKVAtmosphereSky::setTerrainTexture(osg::Texture2DArray* texture)
     mTerrainTexture = texture;
     osg::StateSet* sky = mSkyPass->getStateSet();
     if (texture)
-        sky->setTextureAttribute(kTerrainUnit, texture);
-    else
+        bindSampler(*sky, texture, kTerrainUniform, kTerrainUnit);
+    else if (mBindless)
+        sky->removeUniform(kTerrainUniform);
+    else {
+        // The sampler keeps its unit without a texture: left at unit 0 it
+        // would share the transmittance table's unit with a sampler of
+        // another type, and every draw of the sky would fail.
         sky->removeTextureAttribute(kTerrainUnit, osg::StateAttribute::TEXTURE);
+        sky->addUniform(new osg::Uniform(kTerrainUniform, static_cast<int>(kTerrainUnit)));
+    }
     mUpdateScattering = true;
 }
 

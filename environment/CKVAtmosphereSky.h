@@ -34,12 +34,16 @@ public:
         osg::ref_ptr<osg::Texture> irradiance;
     };
 
-    // Units on the pass state sets (texture-unit path) ...
+    // Where the driver has bindless textures the tables are handles in this
+    // uniform block (transmittance, irradiance, scattering, 64 bits each)
+    // and the star noise and ground layers are handle uniforms; otherwise
+    // they sit on these units of the pass state sets ...
     static constexpr unsigned int kTransmittanceUnit = 0;
     static constexpr unsigned int kScatteringUnit = 1;
     static constexpr unsigned int kIrradianceUnit = 2;
     static constexpr unsigned int kStarNoiseUnit = 3;
     static constexpr unsigned int kTerrainUnit = 4;
+    static constexpr unsigned int kAtmosphereBlockBinding = 3;
     // ... and on the scene camera's state set.
     static constexpr unsigned int kIrradianceMapUnit = 6;
     static constexpr unsigned int kPrefilterMapUnit = 7;
@@ -72,7 +76,8 @@ public:
 
     void setTerrainHeight(float height) { mTerrainHeight->set(height); }
     osg::Uniform* getTerrainHeightUniform() const { return mTerrainHeight.get(); }
-    // The sky terrain's ground layers, replacing those from the resources.
+    // The sky terrain's ground layers, replacing those from the resources;
+    // marks the sun colour for a redraw.
     void setTerrainTexture(osg::Texture2DArray* texture);
     osg::Texture2DArray* getTerrainTexture() const { return mTerrainTexture.get(); }
 
@@ -86,6 +91,11 @@ public:
     PassData* getScatteringPass() const { return mScatteringPass.get(); }
     PassData* getSkyPass() const { return mSkyPass.get(); }
     IBLGeometry* getIBLGeometry() const { return mIBLGeometry.get(); }
+    // Whether the passes read their textures through bindless handles, as
+    // the render state manager said at construction.
+    bool isBindless() const { return mBindless; }
+    // The table handles' block; null on the texture-unit path.
+    osg::UniformBufferBinding* getAtmosphereBinding() const { return mAtmosphereBinding.get(); }
     // Frames in which each pass was culled, and so drawn.
     unsigned int getScatteringPassCount() const { return mScatteringPassCount; }
     unsigned int getSkyPassCount() const { return mSkyPassCount; }
@@ -98,9 +108,12 @@ protected:
 private:
     static osg::ref_ptr<osg::TextureCubeMap> createCubeMap(int size);
     void bindTables(osg::StateSet& stateSet, Tables const& tables) const;
+    // A texture behind a sampler uniform: a handle when bindless, else a unit.
+    void bindSampler(osg::StateSet& stateSet, osg::Texture* texture, char const* name, unsigned int unit) const;
     void runPass(osgUtil::CullVisitor& visitor, PassData& pass);
 
     osg::observer_ptr<osg::Camera> mSceneCamera;
+    bool const mBindless;
     bool mAtmosphereEnabled = false;
     bool mSkyPassEnabled = false;
     bool mUpdateScattering = true;
@@ -112,6 +125,7 @@ private:
     osg::ref_ptr<PassData> mScatteringPass;
     osg::ref_ptr<osg::Texture2D> mScatteringTexture;
     osg::ref_ptr<osg::UniformBufferBinding> mLightBinding;
+    osg::ref_ptr<osg::UniformBufferBinding> mAtmosphereBinding;
     osg::ref_ptr<osg::TextureCubeMap> mIrradianceMap;
     osg::ref_ptr<osg::TextureCubeMap> mPrefilterMap;
     osg::ref_ptr<osg::Texture2D> mStarNoise;

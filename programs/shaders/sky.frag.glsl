@@ -7,7 +7,13 @@
 in vec3 gs_WorldPos;
 
 uniform vec3 camPos_W;
+// The star noise and the ground layers: handles where the driver has
+// bindless textures, texture units where it does not.
+#ifndef _USE_NOT_BINDLESS_TEXTURE
+layout(bindless_sampler) uniform sampler2D starNoise;
+#else
 uniform sampler2D starNoise;
+#endif
 #ifdef _USE_FOG
 uniform vec3 FogColor;
 uniform float FogDensity;
@@ -20,8 +26,13 @@ uniform sampler2D Snow_Normal_Tx;
 #endif
 #ifdef _USE_SKY_TERRAIN
 uniform float terrainHeight;
+#ifndef _USE_NOT_BINDLESS_TEXTURE
+layout(bindless_sampler) uniform sampler2D s_repNoise;
+layout(bindless_sampler) uniform sampler2DArray terrainTextureArray;
+#else
 uniform sampler2D s_repNoise;
 uniform sampler2DArray terrainTextureArray;
+#endif
 #endif
 #ifdef _USE_ATMOSPHERE
 uniform sampler2D scatteringTexture;

@@ -45,6 +45,9 @@ TEST_F(RenderConfigAtmosphereGLTest, SwitchLightAndBackgroundReachTheAtmosphere)
 {
     ASSERT_NE(start(), nullptr);
     ASSERT_NE(sky(), nullptr);
+    // The root holds it too: that is where the water and terrain materials
+    // look for the sky they reflect.
+    EXPECT_EQ(mContext->getRoot()->getAtmosphere(), mContext->getAtmosphere().getNode());
     CKVVec3<float> const noon(0.0f, -0.3f, 1.0f);
     CKVVec3<float> const evening(-1.0f, 0.0f, 0.05f);
 

@@ -6,10 +6,13 @@
 #include "environment/CKVAtmosphereSky.h"
 #include "environment/IBLGeometry.h"
 #include "programs/CKVRenderStateManager.h"
+#include "scene/CKVOSGBindlessTexture.h"
+#include "scene/KVBindlessHandleUniform.h"
 #include "support/GLTest.h"
 
 #include <osg/GLExtensions>
 #include <osg/Group>
+#include <osg/Texture3D>
 
 #include <gtest/gtest.h>
 
@@ -128,6 +131,87 @@ TEST_F(AtmosphereSkyGLTest, SunColourRunsForFiveFramesAfterEachChangeWhileTheAtm
     EXPECT_EQ(scene->getTextureAttribute(CKVAtmosphereSky::kSunColourUnit, osg::StateAttribute::TEXTURE), nullptr);
     frames(2);
     EXPECT_EQ(mSky->getScatteringPassCount(), 10u);
+}
+
+// How the passes reach their textures, on both driver paths: texture units
+// where bindless textures are missing (the path drawn here), the table
+// handles' block and handle uniforms where they are present. A table in the
+// wrong slot of the block gives a sky of the wrong colour on such drivers
+// only, and a define on the wrong path fails its program.
+TEST_F(AtmosphereSkyGLTest, PassesTakeTheirTexturesThroughUnitsOrHandlesAsTheDriverAllows)
+{
+    using Sky = CKVAtmosphereSky;
+    Sky::Tables tables{new osg::Texture2D, new osg::Texture3D, new osg::Texture2D};
+    osg::ref_ptr<osg::Texture2DArray> ground = new osg::Texture2DArray;
+    bool const bindlessBefore = CKVRenderStateManager::instance().isBindlessTexture();
+    auto handlesOf = [](osg::StateSet const* stateSet) {
+        return dynamic_cast<CKVOSGBindlessTexture const*>(
+            stateSet->getAttribute(static_cast<osg::StateAttribute::Type>(CKVOSGBindlessTexture::kType)));
+    };
+
+    for (bool bindless : {false, true}) {
+        SCOPED_TRACE(bindless ? "bindless" : "texture units");
+        CKVRenderStateManager::instance().setBindlessTexture(bindless);
+        osg::ref_ptr<Sky> sky = new Sky(nullptr, nullptr, tables);
+        CKVRenderStateManager::instance().setBindlessTexture(bindlessBefore);
+        // A new ground changes the sky, so the sun colour is redrawn.
+        sky->setUpdateScattering(false);
+        sky->setTerrainTexture(ground.get());
+        EXPECT_TRUE(sky->getUpdateScattering());
+
+        osg::StateSet const* const cube = sky->getSkyPass()->getStateSet();
+        osg::StateSet const* const sun = sky->getScatteringPass()->getStateSet();
+        for (osg::StateSet const* stateSet : {sun, cube}) {
+            EXPECT_EQ(stateSet->getDefineList().count("_USE_NOT_BINDLESS_TEXTURE"), bindless ? 0u : 1u);
+            osg::StateAttribute const* block =
+                stateSet->getAttribute(osg::StateAttribute::UNIFORMBUFFERBINDING, Sky::kAtmosphereBlockBinding);
+            EXPECT_EQ(block, bindless ? sky->getAtmosphereBinding() : nullptr);
+            auto texture = [&](unsigned int unit) {
+                return stateSet->getTextureAttribute(unit, osg::StateAttribute::TEXTURE);
+            };
+            if (!bindless) {
+                EXPECT_EQ(texture(Sky::kTransmittanceUnit), tables.transmittance.get());
+                EXPECT_EQ(texture(Sky::kScatteringUnit), tables.scattering.get());
+                EXPECT_EQ(texture(Sky::kIrradianceUnit), tables.irradiance.get());
+                continue;
+            }
+            for (unsigned int unit = 0; unit <= Sky::kTerrainUnit; ++unit)
+                EXPECT_EQ(texture(unit), nullptr) << unit;
+            ASSERT_NE(handlesOf(stateSet), nullptr);
+            CKVOSGBindlessTexture::TextureArrayEntry const& entry =
+                handlesOf(stateSet)->getTextureArrays().at(Sky::kAtmosphereBlockBinding);
+            std::vector<osg::ref_ptr<osg::Texture>> const order = {tables.transmittance, tables.irradiance,
+                                                                   tables.scattering};
+            EXPECT_EQ(entry.textures, order);
+            EXPECT_EQ(entry.handles.get(), sky->getAtmosphereBinding()->getBufferData());
+            EXPECT_EQ(sky->getAtmosphereBinding()->getSize(), 3 * 8);
+        }
+
+        // The sky pass's own samplers: a unit with its number, or a handle.
+        for (char const* name : {"starNoise", "terrainTextureArray"}) {
+            SCOPED_TRACE(name);
+            osg::Uniform const* uniform = cube->getUniform(name);
+            ASSERT_NE(uniform, nullptr);
+            int unit = -1;
+            if (!bindless) {
+                EXPECT_TRUE(uniform->get(unit));
+                EXPECT_NE(cube->getTextureAttribute(unit, osg::StateAttribute::TEXTURE), nullptr);
+                continue;
+            }
+            EXPECT_NE(dynamic_cast<KVBindlessHandleUniform const*>(uniform), nullptr);
+            EXPECT_EQ(handlesOf(cube)->getTextures().at(name).uniform.get(), uniform);
+        }
+        osg::StateAttribute const* shownGround =
+            bindless ? handlesOf(cube)->getTextures().at("terrainTextureArray").texture.get()
+                     : cube->getTextureAttribute(Sky::kTerrainUnit, osg::StateAttribute::TEXTURE);
+        EXPECT_EQ(shownGround, ground.get());
+
+        // Without a ground the unit path keeps the sampler on its own unit:
+        // at unit 0 it would clash with the transmittance table's sampler.
+        sky->setTerrainTexture(nullptr);
+        EXPECT_EQ(cube->getTextureAttribute(Sky::kTerrainUnit, osg::StateAttribute::TEXTURE), nullptr);
+        EXPECT_EQ(cube->getUniform("terrainTextureArray") != nullptr, !bindless);
+    }
 }
 
 } // namespace
